@@ -1,0 +1,40 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+/// Owns a file descriptor of the system and closes it at the end.
+class FileDescriptor
+{
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int number)
+        : m_number(number)
+    {
+    }
+    ~FileDescriptor() { reset(); }
+    FileDescriptor(FileDescriptor &&other) noexcept
+        : m_number(std::exchange(other.m_number, -1))
+    {
+    }
+    FileDescriptor &operator=(FileDescriptor &&other) noexcept
+    {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+
+    int get() const { return m_number; }
+    bool isValid() const { return m_number >= 0; }
+
+    void reset()
+    {
+        if (m_number >= 0)
+            ::close(std::exchange(m_number, -1));
+    }
+
+private:
+    int m_number = -1;
+};
