@@ -1,0 +1,11 @@
+#include "builtinfamilies.h"
+
+#include "tcpbusfamilies.h"
+
+std::vector<std::unique_ptr<CanAdapterFamily>> makeBuiltInFamilies()
+{
+    std::vector<std::unique_ptr<CanAdapterFamily>> families;
+    families.push_back(makeDemoFamily());
+    families.push_back(makeTcpFamily());
+    return families;
+}

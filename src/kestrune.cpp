@@ -1,0 +1,5 @@
+#include "kestrune.h"
+
+const QString Kestrune::version = QStringLiteral("0.9");
+
+Kestrune::Kestrune() = default;
