@@ -1,0 +1,89 @@
+#include "demosession.h"
+
+#include "demonetworkrunner.h"
+#include "session.h"
+
+#include <QTimer>
+
+#include <algorithm>
+
+namespace {
+// The simulated nodes send several times in this time; a bus that stays silent for so long has none.
+constexpr int listenMilliseconds = 300;
+constexpr quint16 demoBitrate = 500;
+constexpr quint16 demoFdBitrate = 2000;
+
+bool isDemo(const AbstractCanAdapter &adapter)
+{
+    return adapter.getCanAdapterOption(AbstractCanAdapter::OptionAdapterType).toUInt()
+        == AbstractCanAdapter::CanAdapterDemo;
+}
+} // namespace
+
+DemoSession::DemoSession(Session *session, QObject *parent)
+    : QObject(parent)
+    , m_session(session)
+    , m_network(std::make_unique<DemoNetworkRunner>())
+{
+    connect(m_network.get(), &DemoNetworkRunner::stopped, this,
+            [this](const QString &reason) { emit remark(tr("The demo network stopped: %1").arg(reason)); });
+}
+
+DemoSession::~DemoSession() = default;
+
+void DemoSession::addInterfaces()
+{
+    if (m_hasInterfaces)
+        return;
+    m_hasInterfaces = true;
+    for (const QString &name : {QStringLiteral("Demo 1"), QStringLiteral("Demo 2")}) {
+        AbstractCanAdapter *adapter = CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, name);
+        if (adapter == nullptr)
+            continue;
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionAdapterName, name);
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionUseCanFd, true);
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, m_port);
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionBitrate,
+                                     QVariant::fromValue(CAN::CANBitrateDesc(QString(), demoBitrate)));
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionFdBitrate,
+                                     QVariant::fromValue(CAN::CANBitrateDesc(QString(), demoFdBitrate)));
+        const bool isPrimary = name.endsWith(QLatin1Char('1'));
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionForcedEcho, isPrimary);
+        const quint16 identifier = m_session->adapters()->addNewCanAdapter(adapter, isPrimary, true, false);
+        m_session->setTraced(identifier, isPrimary);
+    }
+}
+
+void DemoSession::joinNetwork()
+{
+    const AbstractCanAdapter *neighbour = connectedDemoInterface();
+    if (!m_hasInterfaces || neighbour == nullptr || isNetworkRunning())
+        return;
+    m_heardBefore = neighbour->framesReceived();
+    QTimer::singleShot(listenMilliseconds, this, &DemoSession::startNetworkOnSilentBus);
+}
+
+AbstractCanAdapter *DemoSession::connectedDemoInterface() const
+{
+    const auto connected = m_session->adapters()->getConnectedAdapters();
+    const auto found = std::find_if(connected.cbegin(), connected.cend(),
+                                    [](const auto &adapter) { return isDemo(*adapter); });
+    return found == connected.cend() ? nullptr : found->data();
+}
+
+bool DemoSession::isNetworkRunning() const
+{
+    return m_network->isRunning();
+}
+
+void DemoSession::startNetworkOnSilentBus()
+{
+    const AbstractCanAdapter *neighbour = connectedDemoInterface();
+    if (neighbour == nullptr || isNetworkRunning())
+        return;
+    // Not the trace: it may hold the interface's own frames, which are sent again as soon as that is connected.
+    if (neighbour->framesReceived() > m_heardBefore)
+        emit remark(tr("Somebody already talks on the demo bus, so this window starts no network of its own."));
+    else if (!m_network->start(m_port))
+        emit remark(tr("The demo network could not be started: %1").arg(m_network->errorText()));
+}

@@ -1,0 +1,59 @@
+#include "frameprobe.h"
+
+FrameProbe::FrameProbe(AbstractCanAdapter *adapter)
+    : m_connection(
+        QObject::connect(adapter, &AbstractCanAdapter::newCanMessage,
+                         [memory = m_memory](const CAN::CanRxMessage *frame) { memory->take(frame->message); }))
+{
+}
+
+FrameProbe::~FrameProbe()
+{
+    QObject::disconnect(m_connection);
+}
+
+void FrameProbe::keep(quint32 identifier)
+{
+    const std::lock_guard lock(m_memory->mutex);
+    m_memory->heard[identifier].keeps = true;
+}
+
+QVector<CAN::CanMessage> FrameProbe::kept(quint32 identifier) const
+{
+    return heard(identifier).kept;
+}
+
+quint64 FrameProbe::count(quint32 identifier) const
+{
+    return heard(identifier).count;
+}
+
+CAN::CanMessage FrameProbe::last(quint32 identifier) const
+{
+    return heard(identifier).last;
+}
+
+quint64 FrameProbe::switchedFrames() const
+{
+    const std::lock_guard lock(m_memory->mutex);
+    return m_memory->switchedFrames;
+}
+
+FrameProbe::Heard FrameProbe::heard(quint32 identifier) const
+{
+    const std::lock_guard lock(m_memory->mutex);
+    const auto found = m_memory->heard.find(identifier);
+    return found == m_memory->heard.end() ? Heard() : found->second;
+}
+
+void FrameProbe::Memory::take(const CAN::CanMessage &message)
+{
+    const std::lock_guard lock(mutex);
+    if (message.fd && message.brs)
+        ++switchedFrames;
+    Heard &entry = heard[message.id];
+    ++entry.count;
+    entry.last = message;
+    if (entry.keeps)
+        entry.kept.append(message);
+}

@@ -1,0 +1,376 @@
+#include "mainwindow.h"
+
+#include "demosession.h"
+#include "emptystate.h"
+#include "frameview.h"
+#include "guihelper.h"
+#include "icons.h"
+#include "identifiermodel.h"
+#include "interfacename.h"
+#include "kestrune.h"
+#include "statusline.h"
+#include "tracemodel.h"
+#include "tracepage.h"
+#include "tracesituation.h"
+#include "transmitpanel.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QMap>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QToolBar>
+
+namespace {
+constexpr int traceRefreshMilliseconds = 40;
+constexpr int statusRefreshMilliseconds = 250;
+constexpr QSize usualSize(1200, 760);
+
+QString settingsGroup()
+{
+    return QStringLiteral("MainWindow");
+}
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent)
+    , m_session(this)
+    , m_traceModel(new TraceModel(m_session.trace(), this))
+    , m_identifierModel(new IdentifierModel(m_session.trace(), this))
+    , m_demo(new DemoSession(&m_session, this))
+    , m_statusLine(new StatusLine(statusBar()))
+{
+    setWindowTitle(tr("Kestrune Workbench"));
+    buildFileAndConnectionMenus();
+    buildPages();
+    buildTransmitDock();
+    buildTraceMenu();
+    buildViewMenu();
+    buildHelpMenu();
+    buildToolBar();
+    resize(usualSize);
+
+    connect(&m_session, &Session::connectionChanged, this, &MainWindow::showConnection);
+    connect(&m_session, &Session::schedulerChanged, this, [this](CanScheduler *scheduler) {
+        m_transmitPanel->setConnection(scheduler != nullptr ? m_session.primaryAdapter() : nullptr, scheduler);
+    });
+    connect(&m_session, &Session::traceCleared, this, [this] {
+        m_traceModel->reset();
+        m_identifierModel->reset();
+        m_rate.clear();
+    });
+    connect(m_session.trace(), &DatachunkHandler::storageFailed, this,
+            [this](const QString &reason) { statusBar()->showMessage(reason); });
+    connect(m_demo, &DemoSession::remark, this, [this](const QString &text) { statusBar()->showMessage(text); });
+
+    m_clock.start();
+    connect(&m_traceTimer, &QTimer::timeout, this, &MainWindow::refreshTrace);
+    m_traceTimer.start(traceRefreshMilliseconds);
+    connect(&m_statusTimer, &QTimer::timeout, this, &MainWindow::refreshStatus);
+    m_statusTimer.start(statusRefreshMilliseconds);
+    showConnection();
+    m_tracePage->view()->setFocus();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::connectAdapters()
+{
+    if (!m_session.hasInterfaces()) {
+        statusBar()->showMessage(tr("There is no CAN interface to connect. Start the demo: press %1.")
+                                     .arg(m_demoAction->shortcut().toString(QKeySequence::NativeText)));
+        return;
+    }
+    statusBar()->clearMessage();
+    m_session.connectAdapters();
+    m_demo->joinNetwork();
+}
+
+void MainWindow::disconnectAdapters()
+{
+    m_session.disconnectAdapters();
+}
+
+void MainWindow::clearTrace()
+{
+    m_session.clearTrace();
+    statusBar()->clearMessage();
+}
+
+void MainWindow::startDemo()
+{
+    m_demo->addInterfaces();
+    connectAdapters();
+}
+
+void MainWindow::showPage(TracePage *page)
+{
+    m_tabs->setCurrentWidget(page);
+    page->view()->setFocus();
+}
+
+void MainWindow::rememberAppearance()
+{
+    m_remembersAppearance = true;
+    GuiHelper::restoreSettings(this, settingsGroup(), QString());
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    m_session.disconnectAdapters();
+    if (m_remembersAppearance)
+        GuiHelper::saveSettings(this, settingsGroup(), QString());
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    // The counter of lost frames has a colour of its own, by the palette.
+    if (event->type() == QEvent::PaletteChange)
+        QMetaObject::invokeMethod(this, &MainWindow::refreshStatus, Qt::QueuedConnection);
+}
+
+QAction *MainWindow::addCommand(QMenu *menu, const QString &name, const QString &text, const QKeySequence &shortcut,
+                                const QString &toolTip)
+{
+    QAction *action = menu->addAction(text);
+    action->setObjectName(name);
+    action->setShortcut(shortcut);
+    action->setStatusTip(toolTip);
+    const QString keys = shortcut.toString(QKeySequence::NativeText);
+    action->setToolTip(keys.isEmpty() ? toolTip : tr("%1 (%2)", "explanation and key").arg(toolTip, keys));
+    return action;
+}
+
+void MainWindow::buildFileAndConnectionMenus()
+{
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    QAction *quit = addCommand(file, QStringLiteral("actionQuit"), tr("&Quit"), QKeySequence(Qt::CTRL + Qt::Key_Q),
+                               tr("Disconnect and close the window"));
+    quit->setMenuRole(QAction::QuitRole);
+    connect(quit, &QAction::triggered, this, &MainWindow::close);
+
+    QMenu *connection = menuBar()->addMenu(tr("&Connection"));
+    m_connectAction = addCommand(connection, QStringLiteral("actionConnect"), tr("&Connect"), QKeySequence(Qt::Key_F5),
+                                 tr("Connect all active interfaces"));
+    m_disconnectAction = addCommand(connection, QStringLiteral("actionDisconnect"), tr("&Disconnect"),
+                                    QKeySequence(Qt::SHIFT + Qt::Key_F5), tr("Close all interfaces"));
+    connection->addSeparator();
+    m_demoAction = addCommand(connection, QStringLiteral("actionDemo"), tr("&Start the demo"),
+                              QKeySequence(Qt::CTRL + Qt::Key_D),
+                              tr("Two interfaces on a simulated bus with a CANopen network; needs no hardware"));
+    connect(m_connectAction, &QAction::triggered, this, &MainWindow::connectAdapters);
+    connect(m_disconnectAction, &QAction::triggered, this, &MainWindow::disconnectAdapters);
+    connect(m_demoAction, &QAction::triggered, this, &MainWindow::startDemo);
+}
+
+void MainWindow::buildPages()
+{
+    m_tabs = new QTabWidget(this);
+    m_tabs->setObjectName(QStringLiteral("tabTrace"));
+    m_tabs->setDocumentMode(true);
+    m_tracePage = new TracePage(m_traceModel, true, m_tabs);
+    m_tracePage->view()->setObjectName(QStringLiteral("traceView"));
+    m_tracePage->view()->setAccessibleName(tr("Trace in the order of arrival"));
+    m_identifierPage = new TracePage(m_identifierModel, false, m_tabs);
+    m_identifierPage->view()->setObjectName(QStringLiteral("identifierView"));
+    m_identifierPage->view()->setAccessibleName(tr("Trace by identifiers"));
+    m_tabs->addTab(m_tracePage, tr("Trace"));
+    m_tabs->addTab(m_identifierPage, tr("Identifiers"));
+    m_tabs->setTabToolTip(0, tr("Every frame, the newest at the bottom (Ctrl+1)"));
+    m_tabs->setTabToolTip(1, tr("One line for each identifier, with its cycle time and last data (Ctrl+2)"));
+    setCentralWidget(m_tabs);
+}
+
+void MainWindow::buildTransmitDock()
+{
+    m_transmitPanel = new TransmitPanel(this);
+    m_transmitDock = new QDockWidget(tr("Transmit"), this);
+    m_transmitDock->setObjectName(QStringLiteral("transmitDock"));
+    m_transmitDock->setWidget(m_transmitPanel);
+    addDockWidget(Qt::BottomDockWidgetArea, m_transmitDock);
+}
+
+void MainWindow::buildTraceMenu()
+{
+    QMenu *trace = menuBar()->addMenu(tr("&Trace"));
+    m_clearAction = addCommand(trace, QStringLiteral("actionClear"), tr("C&lear trace"),
+                               QKeySequence(Qt::CTRL + Qt::Key_L), tr("Forget all recorded frames"));
+    connect(m_clearAction, &QAction::triggered, this, &MainWindow::clearTrace);
+    trace->addAction(m_tracePage->followAction());
+    trace->addSeparator();
+
+    QMenu *time = trace->addMenu(tr("&Time"));
+    auto *modes = new QActionGroup(this);
+    const QPair<TraceModel::TimeMode, QString> entries[] = {
+        {TraceModel::SinceStart, tr("Since the &first frame")},
+        {TraceModel::SincePrevious, tr("Since the frame &before")},
+        {TraceModel::TimeOfDay, tr("Time of &day")},
+    };
+    for (const auto &entry : entries) {
+        QAction *action = time->addAction(entry.second);
+        action->setCheckable(true);
+        action->setChecked(entry.first == m_traceModel->timeMode());
+        modes->addAction(action);
+        connect(action, &QAction::triggered, m_traceModel,
+                [this, mode = entry.first] { m_traceModel->setTimeMode(mode); });
+    }
+    m_recordMenu = trace->addMenu(tr("&Record from"));
+    m_recordMenu->setToolTipsVisible(true);
+    connect(m_recordMenu, &QMenu::aboutToShow, this, &MainWindow::fillRecordMenu);
+}
+
+void MainWindow::buildViewMenu()
+{
+    QMenu *view = menuBar()->addMenu(tr("&View"));
+    QAction *trace = addCommand(view, QStringLiteral("actionShowTrace"), tr("&Trace"),
+                                QKeySequence(Qt::CTRL + Qt::Key_1), tr("Show every frame, the newest at the bottom"));
+    connect(trace, &QAction::triggered, this, [this] { showPage(m_tracePage); });
+    QAction *identifiers = addCommand(view, QStringLiteral("actionShowIdentifiers"), tr("&Identifiers"),
+                                      QKeySequence(Qt::CTRL + Qt::Key_2), tr("Show one line for each identifier"));
+    connect(identifiers, &QAction::triggered, this, [this] { showPage(m_identifierPage); });
+    QAction *write = addCommand(view, QStringLiteral("actionWriteFrame"), tr("&Write a frame"),
+                                QKeySequence(Qt::CTRL + Qt::Key_T), tr("Go to the fields of the transmit panel"));
+    connect(write, &QAction::triggered, this, [this] {
+        m_transmitDock->show();
+        m_transmitPanel->setFocus(Qt::ShortcutFocusReason);
+    });
+    view->addSeparator();
+    view->addAction(m_transmitDock->toggleViewAction());
+}
+
+void MainWindow::buildHelpMenu()
+{
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    QAction *keys = addCommand(help, QStringLiteral("actionKeys"), tr("&Keyboard"), QKeySequence(Qt::Key_F1),
+                               tr("Show all keys"));
+    connect(keys, &QAction::triggered, this, &MainWindow::showKeys);
+    QAction *about = addCommand(help, QStringLiteral("actionAbout"), tr("&About Kestrune Workbench"), {},
+                                tr("Show the version"));
+    about->setMenuRole(QAction::AboutRole);
+    connect(about, &QAction::triggered, this, &MainWindow::showAbout);
+}
+
+void MainWindow::buildToolBar()
+{
+    QToolBar *bar = addToolBar(tr("Tool bar"));
+    bar->setObjectName(QStringLiteral("toolBar"));
+    bar->setMovable(false);
+    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_connectAction->setIcon(Icons::icon(Icons::Connect));
+    m_disconnectAction->setIcon(Icons::icon(Icons::Disconnect));
+    m_clearAction->setIcon(Icons::icon(Icons::Clear));
+    m_tracePage->followAction()->setIcon(Icons::icon(Icons::Follow));
+    bar->addAction(m_connectAction);
+    bar->addAction(m_disconnectAction);
+    bar->addSeparator();
+    bar->addAction(m_clearAction);
+    bar->addAction(m_tracePage->followAction());
+}
+
+void MainWindow::fillRecordMenu()
+{
+    m_recordMenu->clear();
+    const auto *adapters = m_session.adapters()->getAdapterMap();
+    for (auto entry = adapters->cbegin(); entry != adapters->cend(); ++entry) {
+        QAction *action = m_recordMenu->addAction(interfaceName(*entry.value()));
+        action->setCheckable(true);
+        action->setChecked(m_session.isTraced(entry.key()));
+        action->setToolTip(tr("Interfaces on the same bus see the same frames. Record from one of them, or every frame "
+                              "shows twice."));
+        connect(action, &QAction::toggled, &m_session,
+                [this, identifier = entry.key()](bool traced) { m_session.setTraced(identifier, traced); });
+    }
+    if (adapters->isEmpty())
+        m_recordMenu->addAction(tr("No CAN interface yet"))->setEnabled(false);
+}
+
+void MainWindow::showConnection()
+{
+    const bool connected = m_session.isConnected();
+    m_connectAction->setEnabled(!connected);
+    m_disconnectAction->setEnabled(connected);
+    m_demoAction->setEnabled(!m_session.hasInterfaces());
+    if (connected && !m_wasConnected)
+        m_stallMeter.restart();
+    m_wasConnected = connected;
+    if (!m_session.failure().isEmpty())
+        statusBar()->showMessage(m_session.failure());
+    showAdvice();
+    refreshStatus();
+}
+
+void MainWindow::showAdvice()
+{
+    const TraceAdvice advice = adviceFor({m_session.hasInterfaces(), m_session.isConnected(), m_session.failure()});
+    QAction *offers[] = {nullptr, m_connectAction, m_demoAction};
+    for (TracePage *page : {m_tracePage, m_identifierPage})
+        page->emptyState()->show(advice.title, advice.text, offers[advice.offer]);
+}
+
+void MainWindow::refreshTrace()
+{
+    m_traceModel->refresh();
+    const bool allListed = m_identifierModel->unlistedFrames() == 0;
+    m_identifierModel->refresh();
+    if (allListed && m_identifierModel->unlistedFrames() > 0) {
+        statusBar()->showMessage(
+            tr("The list of identifiers is full at %1. Frames of further ones are in the trace only.")
+                .arg(IdentifierStatistics::maxIdentifiers));
+    }
+}
+
+void MainWindow::refreshStatus()
+{
+    StatusLine::Content content;
+    const auto adapters = m_session.adapters()->getAdapterMap()->values();
+    for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        const QString name = interfaceName(*adapter);
+        if (adapter->getRunning())
+            content.connected.append(name);
+        content.interfaces.append({name, adapter->framesReceived(), adapter->framesSent(), adapter->framesLost()});
+    }
+    content.notStored = m_session.trace()->lostMessageCount();
+    m_rate.report(m_clock.elapsed(), m_session.trace()->getMessageCount() + content.notStored);
+    content.framesPerSecond = m_rate.perSecond();
+    content.stallInLastMinute = m_stallMeter.longestInLastMinute();
+    content.longestStall = m_stallMeter.longest();
+    m_statusLine->show(content);
+}
+
+void MainWindow::showAbout()
+{
+    QMessageBox::about(
+        this, tr("About Kestrune Workbench"),
+        tr("<h3>Kestrune Workbench %1</h3><p>See, send and record what is on a CAN bus.</p>"
+           "<p>Built on libKestrune %2 and Qt %3.</p>")
+            .arg(QCoreApplication::applicationVersion(), Kestrune::version, QString::fromLatin1(qVersion())));
+}
+
+void MainWindow::showKeys()
+{
+    QMap<QString, QString> keys;
+    const QList<QAction *> actions = findChildren<QAction *>();
+    for (const QAction *action : actions) {
+        if (!action->shortcut().isEmpty()) {
+            keys.insert(action->shortcut().toString(QKeySequence::NativeText),
+                        QString(action->text()).remove(QLatin1Char('&')));
+        }
+    }
+    keys.insert(tr("End", "key"), tr("Go to the newest frame and follow"));
+    keys.insert(tr("Enter", "key"), tr("In the transmit panel: send the frame"));
+    QString rows;
+    for (auto key = keys.cbegin(); key != keys.cend(); ++key) {
+        rows += QStringLiteral("<tr><td><b>%1</b>&nbsp;&nbsp;</td><td>%2</td></tr>")
+                    .arg(key.key().toHtmlEscaped(), key.value().toHtmlEscaped());
+    }
+    QMessageBox box(QMessageBox::NoIcon, tr("Keyboard"), QStringLiteral("<table>%1</table>").arg(rows),
+                    QMessageBox::Close, this);
+    box.exec();
+}

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "session.h"
+#include "stallmeter.h"
+#include "statussummary.h"
+
+#include <QMainWindow>
+
+class DemoSession;
+class IdentifierModel;
+class QActionGroup;
+class QDockWidget;
+class QMenu;
+class QTabWidget;
+class StatusLine;
+class TraceModel;
+class TracePage;
+class TransmitPanel;
+
+/// The window of the workbench: the trace in two views, the transmit panel, the state of the connection.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit MainWindow(QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    Session *session() { return &m_session; }
+    DemoSession *demo() const { return m_demo; }
+    TransmitPanel *transmitPanel() const { return m_transmitPanel; }
+    TracePage *tracePage() const { return m_tracePage; }
+    TracePage *identifierPage() const { return m_identifierPage; }
+    const StallMeter &stallMeter() const { return m_stallMeter; }
+    void restartStallMeter() { m_stallMeter.restart(); }
+
+    /// Looks as it did when it was closed the last time, and keeps how it looks when it is closed.
+    void rememberAppearance();
+
+public slots:
+    void connectAdapters();
+    void disconnectAdapters();
+    void clearTrace();
+    /// Two interfaces on a simulated bus, connected at once.
+    void startDemo();
+    void showPage(TracePage *page);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    QAction *addCommand(QMenu *menu, const QString &name, const QString &text, const QKeySequence &shortcut,
+                        const QString &toolTip);
+    void buildPages();
+    void buildTransmitDock();
+    void buildFileAndConnectionMenus();
+    void buildTraceMenu();
+    void buildViewMenu();
+    void buildHelpMenu();
+    void buildToolBar();
+    void fillRecordMenu();
+
+    void showConnection();
+    void showAdvice();
+    void refreshTrace();
+    void refreshStatus();
+    void showAbout();
+    void showKeys();
+
+    Session m_session;
+    StallMeter m_stallMeter;
+    RateMeter m_rate;
+    QElapsedTimer m_clock;
+    QTimer m_traceTimer;
+    QTimer m_statusTimer;
+    bool m_wasConnected = false;
+    bool m_remembersAppearance = false;
+
+    TraceModel *m_traceModel;
+    IdentifierModel *m_identifierModel;
+    DemoSession *m_demo;
+    QTabWidget *m_tabs;
+    TracePage *m_tracePage;
+    TracePage *m_identifierPage;
+    TransmitPanel *m_transmitPanel;
+    QDockWidget *m_transmitDock;
+    StatusLine *m_statusLine;
+
+    QAction *m_connectAction;
+    QAction *m_disconnectAction;
+    QAction *m_clearAction;
+    QAction *m_demoAction;
+    QMenu *m_recordMenu;
+};

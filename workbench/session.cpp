@@ -1,0 +1,134 @@
+#include "session.h"
+
+#include "interfacename.h"
+
+namespace {
+quint16 identifierOf(const AbstractCanAdapter &adapter)
+{
+    return static_cast<quint16>(adapter.getCanAdapterOption(AbstractCanAdapter::OptionAdapterId).toUInt());
+}
+} // namespace
+
+Session::Session(QWidget *boxParent)
+    : QObject(boxParent)
+    , m_trace(new DatachunkHandler)
+    , m_settings(nullptr)
+    , m_handler(new ApplicationInterfaceHandler(&m_settings, m_trace, &m_adapters, m_primaryAdapter, m_scheduler,
+                                                boxParent != nullptr ? static_cast<QObject *>(boxParent) : this))
+{
+    m_traceThread.setObjectName(QStringLiteral("trace"));
+    m_trace->moveToThread(&m_traceThread);
+    m_traceThread.start();
+
+    connect(&m_adapters, &MultiCanAdapterHandler::adapterRemoved, this,
+            [this](unsigned short identifier) { m_untraced.remove(identifier); });
+    connect(m_handler, &ApplicationInterfaceHandler::newCanScheduler, this, &Session::schedulerChanged);
+    connect(m_handler, &ApplicationInterfaceHandler::updateCanConnectionState, this, [this] {
+        if (!m_disconnecting)
+            collectFailures();
+        emit connectionChanged();
+    });
+    connect(&m_adapters, &MultiCanAdapterHandler::adapterMapChanged, this, &Session::connectionChanged);
+}
+
+Session::~Session()
+{
+    // Listeners hear no more of what goes down here: they may be half gone themselves.
+    blockSignals(true);
+    m_handler->disconnectFromAdapter();
+    delete m_handler;
+    m_traceThread.quit();
+    m_traceThread.wait();
+    delete m_trace;
+}
+
+bool Session::hasInterfaces() const
+{
+    return m_adapters.getAdapterCount() > 0;
+}
+
+bool Session::isConnected()
+{
+    return m_handler->isConnected();
+}
+
+void Session::setTraced(quint16 identifier, bool traced)
+{
+    if (traced)
+        m_untraced.remove(identifier);
+    else
+        m_untraced.insert(identifier);
+    const QPointer<AbstractCanAdapter> adapter = m_adapters.getAdapterMap()->value(identifier);
+    if (!adapter || !adapter->getRunning())
+        return;
+    // Cut first in both cases, so that no frame ever comes twice.
+    applyTraced(adapter);
+    if (traced) {
+        disconnect(adapter, &AbstractCanAdapter::newCanMessage, m_handler, &ApplicationInterfaceHandler::newCanMessage);
+        connect(adapter, &AbstractCanAdapter::newCanMessage, m_handler, &ApplicationInterfaceHandler::newCanMessage,
+                Qt::DirectConnection);
+    }
+}
+
+bool Session::isTraced(quint16 identifier) const
+{
+    return !m_untraced.contains(identifier);
+}
+
+void Session::connectAdapters()
+{
+    if (isConnected())
+        return;
+    m_failure.clear();
+    // By the signal of the first moment, so that no frame slips in; each disconnection cuts it.
+    const auto adapters = m_adapters.getAdapterMap()->values();
+    for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        connect(adapter, &AbstractCanAdapter::runningChanged, this, &Session::cutUntraced,
+                static_cast<Qt::ConnectionType>(Qt::DirectConnection | Qt::UniqueConnection));
+    }
+    bool usesCanFd = false;
+    m_handler->connectAdapters(false, usesCanFd);
+    collectFailures();
+    emit connectionChanged();
+}
+
+void Session::disconnectAdapters()
+{
+    m_failure.clear();
+    m_disconnecting = true;
+    m_handler->disconnectFromAdapter();
+    m_disconnecting = false;
+}
+
+void Session::clearTrace()
+{
+    // On the thread of the trace, behind the frames that are on their way to it.
+    QMetaObject::invokeMethod(
+        m_trace, [this] { m_trace->clear(); }, Qt::BlockingQueuedConnection);
+    emit traceCleared();
+}
+
+void Session::collectFailures()
+{
+    QStringList reasons;
+    const auto adapters = m_adapters.getAdapterMap()->values();
+    for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        if (!adapter || !adapter->isActiveAdapter() || adapter->getRunning() || adapter->errorText().isEmpty())
+            continue;
+        reasons.append(tr("%1: %2", "interface and why it failed").arg(interfaceName(*adapter), adapter->errorText()));
+    }
+    m_failure = reasons.join(QLatin1Char('\n'));
+}
+
+void Session::cutUntraced()
+{
+    auto *adapter = qobject_cast<AbstractCanAdapter *>(sender());
+    if (adapter != nullptr && adapter->getRunning())
+        applyTraced(adapter);
+}
+
+void Session::applyTraced(AbstractCanAdapter *adapter)
+{
+    if (!isTraced(identifierOf(*adapter)))
+        disconnect(adapter, &AbstractCanAdapter::newCanMessage, m_handler, &ApplicationInterfaceHandler::newCanMessage);
+}
