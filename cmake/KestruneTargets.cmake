@@ -1,0 +1,67 @@
+# How every target of the project is built, and the two ways in which a folder becomes one.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_AUTOUIC ON)
+set(CMAKE_AUTORCC ON)
+
+find_program(KESTRUNE_CCACHE ccache)
+if(KESTRUNE_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${KESTRUNE_CCACHE})
+endif()
+
+add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
+                        QT_DEPRECATED_WARNINGS)
+add_compile_options(-Wall -Wextra -Wpedantic -Wsuggest-override -Wnon-virtual-dtor)
+if(KESTRUNE_WERROR)
+    add_compile_options(-Werror)
+endif()
+add_link_options(-Wl,--no-undefined -Wl,--as-needed)
+if(KESTRUNE_SANITIZE)
+    add_compile_options(-fsanitize=${KESTRUNE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${KESTRUNE_SANITIZE})
+endif()
+
+# kestrune_folder(NAME SOURCES ... [HEADERS ...] [LINK ...])
+# One folder of a library: an object library, so that tests and benchmarks can link what is not exported.
+# Users of the target find all its headers; HEADERS, which lie in one directory, are those that get installed.
+function(kestrune_folder name)
+    cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;LINK" ${ARGN})
+    add_library(${name} OBJECT ${arg_SOURCES} ${arg_HEADERS})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${arg_LINK})
+    if(arg_HEADERS)
+        list(GET arg_HEADERS 0 header)
+        get_filename_component(header ${header} ABSOLUTE)
+        get_filename_component(directory ${header} DIRECTORY)
+        target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${directory} FILES ${arg_HEADERS})
+        set_target_properties(${name} PROPERTIES KESTRUNE_PUBLIC_DIRECTORY ${directory})
+    endif()
+endfunction()
+
+# kestrune_library(NAME VERSION_OF_ABI EXPORT_NAME FOLDERS ... PUBLIC ... [SOURCES ...])
+# A shared library made of folders, which users link as Kestrune::EXPORT_NAME. Inside the project they include its
+# headers by plain name, outside as <Kestrune/name.h>.
+function(kestrune_library name soversion export_name)
+    cmake_parse_arguments(arg "" "" "FOLDERS;PUBLIC;SOURCES" ${ARGN})
+    add_library(${name} SHARED ${arg_SOURCES})
+    add_library(Kestrune::${export_name} ALIAS ${name})
+    target_link_libraries(${name} PRIVATE ${arg_FOLDERS} PUBLIC ${arg_PUBLIC})
+    target_compile_features(${name} PUBLIC cxx_std_17)
+    target_include_directories(${name} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    foreach(folder IN LISTS arg_FOLDERS)
+        get_target_property(directory ${folder} KESTRUNE_PUBLIC_DIRECTORY)
+        if(directory)
+            target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${directory}>)
+            set_property(TARGET ${name} APPEND PROPERTY KESTRUNE_INSTALLED_FOLDERS ${folder})
+        endif()
+    endforeach()
+    set_target_properties(${name} PROPERTIES
+        VERSION ${soversion}.${PROJECT_VERSION} SOVERSION ${soversion} EXPORT_NAME ${export_name})
+endfunction()

@@ -1,0 +1,6 @@
+#include <Kestrune/adaptercontract.h>
+
+int numberOfAdapterTypes()
+{
+    return CanAdapterFactory::getImplementedAdapters().size();
+}
