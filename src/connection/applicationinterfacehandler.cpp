@@ -55,6 +55,16 @@ ApplicationInterfaceHandler::ApplicationInterfaceHandler(SettingsDatabase *setti
 
 ApplicationInterfaceHandler::~ApplicationInterfaceHandler() = default;
 
+void ApplicationInterfaceHandler::openSettingsDatabase()
+{
+    if (!settingsDatabase || !adapterHandler)
+        return;
+    if (settingsDatabase->openDatabase(QString()))
+        settingsDatabase->restoreAdapters(adapterHandler);
+    connect(adapterHandler.data(), &MultiCanAdapterHandler::adapterRemoved, settingsDatabase.data(),
+            &SettingsDatabase::handleRemovedAdapter);
+}
+
 quint16 ApplicationInterfaceHandler::addNewCanAdapter(AbstractCanAdapter *adapter, bool primary, bool active,
                                                       bool keepIdentifier)
 {

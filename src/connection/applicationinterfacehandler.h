@@ -30,6 +30,11 @@ public:
                                 QPointer<CanScheduler> &canScheduler, QObject *parent);
     ~ApplicationInterfaceHandler() override;
 
+    /// Opens the standard settings file and fills the collection with the saved adapters; adapters that leave the
+    /// collection take their settings with them from then on. Settings that cannot be opened are not reported: the
+    /// application starts without adapters. Call it once.
+    void openSettingsDatabase();
+
     /// As MultiCanAdapterHandler::addNewCanAdapter(); 0 once the collection is gone.
     quint16 addNewCanAdapter(AbstractCanAdapter *adapter, bool primary, bool active, bool keepIdentifier);
 

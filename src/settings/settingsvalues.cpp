@@ -1,31 +1,16 @@
 #include "settingsdatabase.h"
 
-#include <QDataStream>
+#include "variantbytes.h"
+
 #include <QDebug>
 #include <QSqlError>
 #include <QSqlQuery>
 
 namespace {
-// A reader of the blobs must set the same version.
-constexpr QDataStream::Version streamVersion = QDataStream::Qt_5_6;
-
-QByteArray toBytes(const QVariant &value)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(streamVersion);
-    stream << value;
-    return bytes;
-}
-
 /// The variant in a column, or the raw column where the bytes hold none.
 QVariant fromColumn(const QVariant &column)
 {
-    QVariant value;
-    const QByteArray bytes = column.toByteArray();
-    QDataStream stream(bytes);
-    stream.setVersion(streamVersion);
-    stream >> value;
+    const QVariant value = readVariant(column.toByteArray());
     return value.isValid() ? value : column;
 }
 
@@ -105,7 +90,7 @@ bool SettingsDatabase::setGenericSetting(QString item, QVariant value)
     QSqlQuery query(database);
     query.prepare(QStringLiteral("insert or replace into GenericSettings (item, value) values(:item,:value)"));
     query.bindValue(QStringLiteral(":item"), item);
-    query.bindValue(QStringLiteral(":value"), toBytes(value));
+    query.bindValue(QStringLiteral(":value"), writeVariant(value));
     const bool written = query.exec();
     if (!written)
         qDebug() << Q_FUNC_INFO << query.lastQuery() << query.executedQuery() << query.lastError();
