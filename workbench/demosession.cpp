@@ -33,9 +33,11 @@ DemoSession::~DemoSession() = default;
 
 void DemoSession::addInterfaces()
 {
-    if (m_hasInterfaces)
+    m_wanted = true;
+    if (m_session->hasInterfaces()) {
+        moveInterfacesToPort();
         return;
-    m_hasInterfaces = true;
+    }
     for (const QString &name : {QStringLiteral("Demo 1"), QStringLiteral("Demo 2")}) {
         AbstractCanAdapter *adapter = CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, name);
         if (adapter == nullptr)
@@ -57,10 +59,17 @@ void DemoSession::addInterfaces()
 void DemoSession::joinNetwork()
 {
     const AbstractCanAdapter *neighbour = connectedDemoInterface();
-    if (!m_hasInterfaces || neighbour == nullptr || isNetworkRunning())
+    if (!m_wanted || neighbour == nullptr || isNetworkRunning())
         return;
     m_heardBefore = neighbour->framesReceived();
     QTimer::singleShot(listenMilliseconds, this, &DemoSession::startNetworkOnSilentBus);
+}
+
+bool DemoSession::isPossible() const
+{
+    const auto adapters = m_session->adapters()->getAdapterMap()->values();
+    return adapters.isEmpty()
+        || std::any_of(adapters.cbegin(), adapters.cend(), [](const auto &adapter) { return isDemo(*adapter); });
 }
 
 AbstractCanAdapter *DemoSession::connectedDemoInterface() const
@@ -69,6 +78,17 @@ AbstractCanAdapter *DemoSession::connectedDemoInterface() const
     const auto found = std::find_if(connected.cbegin(), connected.cend(),
                                     [](const auto &adapter) { return isDemo(*adapter); });
     return found == connected.cend() ? nullptr : found->data();
+}
+
+void DemoSession::moveInterfacesToPort()
+{
+    if (m_port.isEmpty() || m_session->isConnected())
+        return;
+    const auto adapters = m_session->adapters()->getAdapterMap()->values();
+    for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        if (isDemo(*adapter))
+            adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, m_port);
+    }
 }
 
 bool DemoSession::isNetworkRunning() const
@@ -84,6 +104,6 @@ void DemoSession::startNetworkOnSilentBus()
     // Not the trace: it may hold the interface's own frames, which are sent again as soon as that is connected.
     if (neighbour->framesReceived() > m_heardBefore)
         emit remark(tr("Somebody already talks on the demo bus, so this window starts no network of its own."));
-    else if (!m_network->start(m_port))
+    else if (!m_network->start(neighbour->getCanAdapterOption(AbstractCanAdapter::OptionPort).toString()))
         emit remark(tr("The demo network could not be started: %1").arg(m_network->errorText()));
 }

@@ -23,10 +23,13 @@ public:
 
     /// @param port of the bus; empty means the usual one. For addInterfaces().
     void setPort(const QString &port) { m_port = port; }
-    /// Puts the two interfaces into the collection; does nothing a second time.
+    /// Puts the two interfaces into the collection, unless it has interfaces already. A port that was set moves those
+    /// that are on the embedded bus to it.
     void addInterfaces();
-    /// With the interfaces connected: starts the network, unless it runs or somebody else already talks on the bus.
+    /// After addInterfaces(), with the interfaces connected: starts the network, unless it runs or somebody else already talks on the bus.
     void joinNetwork();
+    /// The demo has a place beside the interfaces there are: none yet, or some on the embedded bus.
+    bool isPossible() const;
     bool isNetworkRunning() const;
     DemoNetworkRunner *network() const { return m_network.get(); }
 
@@ -36,11 +39,12 @@ signals:
 
 private:
     AbstractCanAdapter *connectedDemoInterface() const;
+    void moveInterfacesToPort();
     void startNetworkOnSilentBus();
 
     Session *m_session;
     QString m_port;
-    bool m_hasInterfaces = false;
+    bool m_wanted = false;
     quint64 m_heardBefore = 0;
     std::unique_ptr<DemoNetworkRunner> m_network;
 };

@@ -1,11 +1,12 @@
 #include "commandline.h"
 #include "demosession.h"
-#include "kestrune.h"
 #include "loadmeasurement.h"
 #include "mainwindow.h"
 #include "tour.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
 
@@ -51,8 +52,10 @@ void nameApplication()
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Kestrune"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrune Workbench"));
-    QCoreApplication::setApplicationVersion(Kestrune::version);
-    qApp->setProperty("AppNameWithVersion", QStringLiteral("Kestrune Workbench %1").arg(Kestrune::version));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KESTRUNE_WORKBENCH_VERSION));
+    // One settings file for each version; the next version finds it by the name without blanks.
+    qApp->setProperty("AppNameWithVersion",
+                      QStringLiteral("KestruneWorkbench %1").arg(QCoreApplication::applicationVersion()));
 }
 
 /// Tour and measurement: what they found out goes to standard output, what kept them from it to standard error.
@@ -68,10 +71,13 @@ int finish(Task &task)
 
 int runWorkbench(const CommandLine &line)
 {
+    // A run without a screen is a check of the program: it neither needs nor touches what the user has set up.
+    const QTemporaryDir ownSettings;
+    if (line.headless)
+        qputenv("XDG_DATA_HOME", QFile::encodeName(ownSettings.path()));
     MainWindow window;
     window.demo()->setPort(line.port);
-    if (!line.headless)
-        window.rememberAppearance();
+    window.useSettings();
     window.show();
     QTimer::singleShot(0, &window, [&window, &line] {
         if (line.action == CommandLine::RunTour) {
@@ -113,7 +119,7 @@ int main(int argc, char *argv[])
         print(stdout, line.text);
         return AllWell;
     case CommandLine::ShowVersion:
-        print(stdout, QStringLiteral("Kestrune Workbench %1").arg(Kestrune::version));
+        print(stdout, QStringLiteral("Kestrune Workbench %1").arg(QCoreApplication::applicationVersion()));
         return AllWell;
     case CommandLine::UsageError:
         print(stderr, line.text);

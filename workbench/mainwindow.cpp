@@ -1,9 +1,9 @@
 #include "mainwindow.h"
 
+#include "appearance.h"
 #include "demosession.h"
 #include "emptystate.h"
 #include "frameview.h"
-#include "guihelper.h"
 #include "icons.h"
 #include "identifiermodel.h"
 #include "interfacename.h"
@@ -31,9 +31,10 @@ constexpr int traceRefreshMilliseconds = 40;
 constexpr int statusRefreshMilliseconds = 250;
 constexpr QSize usualSize(1200, 760);
 
-QString settingsGroup()
+/// How the window looks, in the settings.
+QString appearanceItem()
 {
-    return QStringLiteral("MainWindow");
+    return QStringLiteral("mainWindow");
 }
 } // namespace
 
@@ -66,6 +67,8 @@ MainWindow::MainWindow(QWidget *parent)
     });
     connect(m_session.trace(), &DatachunkHandler::storageFailed, this,
             [this](const QString &reason) { statusBar()->showMessage(reason); });
+    connect(&m_session, &Session::settingsProblem, this,
+            [this](const QString &text) { statusBar()->showMessage(text); });
     connect(m_demo, &DemoSession::remark, this, [this](const QString &text) { statusBar()->showMessage(text); });
 
     m_clock.start();
@@ -105,6 +108,7 @@ void MainWindow::clearTrace()
 void MainWindow::startDemo()
 {
     m_demo->addInterfaces();
+    m_session.saveSettings();
     connectAdapters();
 }
 
@@ -114,17 +118,19 @@ void MainWindow::showPage(TracePage *page)
     page->view()->setFocus();
 }
 
-void MainWindow::rememberAppearance()
+void MainWindow::useSettings()
 {
-    m_remembersAppearance = true;
-    GuiHelper::restoreSettings(this, settingsGroup(), QString());
+    if (m_session.openSettings())
+        restoreAppearance(this, m_session.settings()->value(appearanceItem(), QVariantMap()).toMap());
+    showConnection();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     m_session.disconnectAdapters();
-    if (m_remembersAppearance)
-        GuiHelper::saveSettings(this, settingsGroup(), QString());
+    if (m_session.settings()->isOpen())
+        m_session.settings()->setValue(appearanceItem(), appearanceOf(this));
+    m_session.saveSettings();
     QMainWindow::closeEvent(event);
 }
 
@@ -284,8 +290,10 @@ void MainWindow::fillRecordMenu()
         action->setChecked(m_session.isTraced(entry.key()));
         action->setToolTip(tr("Interfaces on the same bus see the same frames. Record from one of them, or every frame "
                               "shows twice."));
-        connect(action, &QAction::toggled, &m_session,
-                [this, identifier = entry.key()](bool traced) { m_session.setTraced(identifier, traced); });
+        connect(action, &QAction::toggled, &m_session, [this, identifier = entry.key()](bool traced) {
+            m_session.setTraced(identifier, traced);
+            m_session.saveSettings();
+        });
     }
     if (adapters->isEmpty())
         m_recordMenu->addAction(tr("No CAN interface yet"))->setEnabled(false);
@@ -296,7 +304,7 @@ void MainWindow::showConnection()
     const bool connected = m_session.isConnected();
     m_connectAction->setEnabled(!connected);
     m_disconnectAction->setEnabled(connected);
-    m_demoAction->setEnabled(!m_session.hasInterfaces());
+    m_demoAction->setEnabled(m_demo->isPossible() && !m_demo->isNetworkRunning());
     if (connected && !m_wasConnected)
         m_stallMeter.restart();
     m_wasConnected = connected;

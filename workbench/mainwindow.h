@@ -34,8 +34,9 @@ public:
     const StallMeter &stallMeter() const { return m_stallMeter; }
     void restartStallMeter() { m_stallMeter.restart(); }
 
-    /// Looks as it did when it was closed the last time, and keeps how it looks when it is closed.
-    void rememberAppearance();
+    /// Brings back the saved interfaces and how the window looked when it was closed the last time; from then on, what
+    /// the user changes is saved.
+    void useSettings();
 
 public slots:
     void connectAdapters();
@@ -75,7 +76,6 @@ private:
     QTimer m_traceTimer;
     QTimer m_statusTimer;
     bool m_wasConnected = false;
-    bool m_remembersAppearance = false;
 
     TraceModel *m_traceModel;
     IdentifierModel *m_identifierModel;

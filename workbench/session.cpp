@@ -2,7 +2,16 @@
 
 #include "interfacename.h"
 
+#include <QDir>
+#include <QStandardPaths>
+
 namespace {
+/// The interfaces that do not record, by identifier.
+QString untracedItem()
+{
+    return QStringLiteral("untracedInterfaces");
+}
+
 quint16 identifierOf(const AbstractCanAdapter &adapter)
 {
     return static_cast<quint16>(adapter.getCanAdapterOption(AbstractCanAdapter::OptionAdapterId).toUInt());
@@ -40,6 +49,46 @@ Session::~Session()
     m_traceThread.quit();
     m_traceThread.wait();
     delete m_trace;
+}
+
+bool Session::openSettings()
+{
+    // The store itself makes one level of folders only, which is too little in a new home.
+    QDir().mkpath(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
+    m_handler->openSettingsDatabase();
+    // An open database whose tables cannot be read is a foreign or a damaged file.
+    m_settingsOpened = m_settings.isOpen() && m_settings.getDatabase().tables().contains(QLatin1String("MiscSettings"));
+    if (!m_settingsOpened) {
+        emit settingsProblem(
+            tr("The settings in \"%1\" cannot be read, so nothing is saved this time. Move the file away "
+               "to start anew.")
+                .arg(QDir::toNativeSeparators(m_settings.getSettingsFileBaseName())));
+        return false;
+    }
+    const QVariantList untraced = m_settings.value(untracedItem(), QVariantList()).toList();
+    for (const QVariant &identifier : untraced)
+        m_untraced.insert(static_cast<quint16>(identifier.toUInt()));
+    return true;
+}
+
+bool Session::saveSettings()
+{
+    if (!m_settingsOpened)
+        return true;
+    QVariantList untraced;
+    for (const quint16 identifier : qAsConst(m_untraced)) {
+        if (m_adapters.getAdapterMap()->contains(identifier))
+            untraced.append(uint(identifier));
+    }
+    const bool valuesKept = m_settings.setValue(untracedItem(), untraced);
+    const bool adaptersKept = m_settings.saveAdapters(m_adapters.getAdapterMap());
+    if (m_settings.saveDatabase() && valuesKept && adaptersKept)
+        return true;
+    emit settingsProblem(
+        tr("The settings could not be saved to \"%1\". See that the folder can be written and the disk "
+           "is not full.")
+            .arg(QDir::toNativeSeparators(m_settings.getSettingsFileBaseName())));
+    return false;
 }
 
 bool Session::hasInterfaces() const

@@ -19,6 +19,15 @@ public:
     /// Disconnects first.
     ~Session() override;
 
+    /// Brings the saved interfaces back. Without this call nothing is ever saved.
+    /// @return false if the settings cannot be opened; settingsProblem() then tells
+    bool openSettings();
+    /// Writes interfaces and values to the settings file; does nothing without openSettings().
+    /// @return false if that failed; settingsProblem() then tells
+    bool saveSettings();
+    /// Named values of the workbench, beside the interfaces.
+    SettingsDatabase *settings() { return &m_settings; }
+
     MultiCanAdapterHandler *adapters() { return &m_adapters; }
     DatachunkHandler *trace() const { return m_trace; }
     /// The connected primary adapter; null while there is none.
@@ -46,6 +55,8 @@ signals:
     /// A new scheduler, or null when there is none any more.
     void schedulerChanged(CanScheduler *scheduler);
     void traceCleared();
+    /// In words for the user: what went wrong, and what to do.
+    void settingsProblem(const QString &text);
 
 private:
     void collectFailures();
@@ -55,6 +66,7 @@ private:
     QThread m_traceThread;
     QPointer<DatachunkHandler> m_trace;
     SettingsDatabase m_settings;
+    bool m_settingsOpened = false;
     MultiCanAdapterHandler m_adapters;
     QPointer<AbstractCanAdapter> m_primaryAdapter;
     QPointer<CanScheduler> m_scheduler;

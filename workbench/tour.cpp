@@ -36,6 +36,7 @@ constexpr quint32 cyclicIdentifier = 0x6E4;
 constexpr quint64 cyclicFrames = 25;
 constexpr double cyclicPeriod = 20.0; // ms
 constexpr double largeFont = 2.0;
+constexpr quint64 savedNumber = 4711;
 
 quint8 lastNode()
 {
@@ -70,6 +71,11 @@ bool isInOrder(const QVector<CAN::CanMessage> &frames)
     });
 }
 
+QString yesOrNo(bool yes)
+{
+    return yes ? Tour::tr("yes") : Tour::tr("no");
+}
+
 QPalette darkPalette()
 {
     QPalette palette(QColor(0x3A, 0x3D, 0x41), QColor(0x2B, 0x2D, 0x30));
@@ -93,7 +99,8 @@ const Tour::Step Tour::steps[] = {
     {"read an object", &Tour::readObject},        {"stop and start a node", &Tour::stopAndStartNode},
     {"bit rate switch", &Tour::seeBitRateSwitch}, {"send from the panel", &Tour::sendFromPanel},
     {"send cyclically", &Tour::sendCyclically},   {"show traffic", &Tour::showTraffic},
-    {"connect again", &Tour::connectAgain},       {"lose nothing", &Tour::loseNothing},
+    {"connect again", &Tour::connectAgain},       {"save and reopen", &Tour::saveAndReopen},
+    {"lose nothing", &Tour::loseNothing},
 };
 
 Tour::Tour(MainWindow *window, const QString &outputDirectory, QObject *parent)
@@ -176,11 +183,10 @@ bool Tour::sendBothWays()
 
     m_report.compare(tr("Frames sent by Demo 1"), framesEachWay, takenByFirst);
     m_report.compare(tr("  received by Demo 2"), takenByFirst, m_second->count(firstToSecond));
-    m_report.compare(tr("  in their order"), tr("yes"),
-                     isInOrder(m_second->kept(firstToSecond)) ? tr("yes") : tr("no"));
+    m_report.compare(tr("  in their order"), tr("yes"), yesOrNo(isInOrder(m_second->kept(firstToSecond))));
     m_report.compare(tr("Frames sent by Demo 2"), framesEachWay, takenBySecond);
     m_report.compare(tr("  received by Demo 1"), takenBySecond, m_first->count(secondToFirst));
-    m_report.compare(tr("  in their order"), tr("yes"), isInOrder(m_first->kept(secondToFirst)) ? tr("yes") : tr("no"));
+    m_report.compare(tr("  in their order"), tr("yes"), yesOrNo(isInOrder(m_first->kept(secondToFirst))));
     m_report.compare(tr("Frames sent, as the interfaces count"), 2 * framesEachWay,
                      first->framesSent() + second->framesSent() - sentBefore);
     return true;
@@ -314,7 +320,7 @@ bool Tour::connectAgain()
 {
     Session *session = m_window->session();
     m_window->disconnectAdapters();
-    m_report.compare(tr("Connected after a disconnection"), tr("no"), session->isConnected() ? tr("yes") : tr("no"));
+    m_report.compare(tr("Connected after a disconnection"), tr("no"), yesOrNo(session->isConnected()));
     m_report.compare(tr("Scheduler after a disconnection"), tr("none"),
                      session->scheduler() != nullptr ? tr("one") : tr("none"));
     takePicture(QStringLiteral("disconnected"), tr("the disconnected window"));
@@ -323,10 +329,36 @@ bool Tour::connectAgain()
         return stop(session->failure());
     probeInterfaces();
     waitUntil([this] { return allNodesHeard() && m_second->count(cyclicIdentifier) > 0; }, patience);
-    m_report.compare(tr("All nodes heard after connecting again"), tr("yes"), allNodesHeard() ? tr("yes") : tr("no"));
+    m_report.compare(tr("All nodes heard after connecting again"), tr("yes"), yesOrNo(allNodesHeard()));
     m_report.compare(tr("Cyclic frames go on after connecting again"), tr("yes"),
-                     m_second->count(cyclicIdentifier) > 0 ? tr("yes") : tr("no"));
+                     yesOrNo(m_second->count(cyclicIdentifier) > 0));
     pressButton(QStringLiteral("btnStopAllCyclic"));
+    return true;
+}
+
+bool Tour::saveAndReopen()
+{
+    SettingsDatabase *settings = m_window->session()->settings();
+    settings->setValue(QStringLiteral("tour"), savedNumber);
+    m_report.add(tr("Settings saved"), tr("yes"), yesOrNo(m_window->session()->saveSettings()),
+                 QFile::exists(settings->getSettingsFileBaseName()));
+
+    // What the next start of the workbench does.
+    SettingsDatabase reopened(nullptr);
+    MultiCanAdapterHandler restored;
+    const bool opened = reopened.openDatabase(QString());
+    reopened.restoreAdapters(&restored);
+    m_report.compare(tr("Settings opened again"), tr("yes"), yesOrNo(opened));
+    m_report.compare(tr("Saved value"), savedNumber, reopened.value(QStringLiteral("tour"), 0).toULongLong());
+    m_report.compare(tr("Interfaces that come back"), m_window->session()->adapters()->getAdapterCount(),
+                     restored.getAdapterCount());
+    for (quint16 row = 0; row < restored.getAdapterCount(); ++row) {
+        const AbstractCanAdapter *before = interfaceAt(row);
+        const AbstractCanAdapter *after = restored.adapterAt(row);
+        const QByteArray wanted = before != nullptr ? before->getValuesAsByteArray() : QByteArray();
+        m_report.compare(tr("  settings of interface %1 are the same").arg(row + 1), tr("yes"),
+                         yesOrNo(wanted == after->getValuesAsByteArray()));
+    }
     return true;
 }
 

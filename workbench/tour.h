@@ -52,6 +52,7 @@ private:
     bool sendCyclically();
     bool showTraffic();
     bool connectAgain();
+    bool saveAndReopen();
     bool loseNothing();
 
     bool stop(const QString &obstacle);

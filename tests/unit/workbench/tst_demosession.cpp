@@ -33,6 +33,9 @@ class TestDemoSession : public QObject
 
 private slots:
     void twoInterfacesAreAddedOnce();
+    void interfacesOfTheUserStayAndTakeThePort();
+    void demoNeedsAPlace();
+    void userWhoConnectsGetsNoNetworkUnasked();
     void networkStartsOnASilentBus();
     void busWithTrafficGetsNoSecondNetwork();
     void everyFrameShowsOnceInTheTrace();
@@ -55,6 +58,48 @@ void TestDemoSession::twoInterfacesAreAddedOnce()
         QVERIFY(adapter->getCanAdapterOption(AbstractCanAdapter::OptionUseCanFd).toBool());
         QCOMPARE(adapter->getCanAdapterOption(AbstractCanAdapter::OptionPort).toString(), testPort);
     }
+}
+
+void TestDemoSession::interfacesOfTheUserStayAndTakeThePort()
+{
+    Demo demo;
+    MultiCanAdapterHandler *adapters = demo.session.adapters();
+    auto *own = CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, QStringLiteral("Demo 3"));
+    adapters->addNewCanAdapter(own, true, true, false);
+    demo.demo.addInterfaces();
+    QCOMPARE(adapters->getAdapterCount(), quint16(1));
+    QCOMPARE(own->getCanAdapterOption(AbstractCanAdapter::OptionPort).toString(), testPort);
+}
+
+void TestDemoSession::demoNeedsAPlace()
+{
+    Demo demo;
+    QVERIFY(demo.demo.isPossible());
+    MultiCanAdapterHandler *adapters = demo.session.adapters();
+    const auto add = [adapters](AbstractCanAdapter::CanAdapterType type, const char *name) {
+        adapters->addNewCanAdapter(CanAdapterFactory::createCanAdapter(type, QString::fromLatin1(name)), false, true,
+                                   false);
+    };
+    add(AbstractCanAdapter::CanAdapterFixedNetwork20, "TCP gateway");
+    QVERIFY(!demo.demo.isPossible());
+    add(AbstractCanAdapter::CanAdapterDemo, "Demo 2");
+    QVERIFY(demo.demo.isPossible());
+}
+
+void TestDemoSession::userWhoConnectsGetsNoNetworkUnasked()
+{
+    Demo demo;
+    demo.session.adapters()->addNewCanAdapter(
+        CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, QStringLiteral("Demo 3")), true, true,
+        false);
+    demo.session.adapters()->adapterAt(0)->setCanAdapterOption(AbstractCanAdapter::OptionPort, testPort);
+    demo.session.connectAdapters();
+    demo.demo.joinNetwork();
+    QVERIFY(demo.session.isConnected());
+    QVERIFY(!demo.demo.isNetworkRunning());
+    demo.demo.addInterfaces();
+    demo.demo.joinNetwork();
+    QTRY_VERIFY(demo.demo.isNetworkRunning());
 }
 
 void TestDemoSession::networkStartsOnASilentBus()

@@ -4,6 +4,7 @@
 #include "mainwindow.h"
 #include "messageboxes.h"
 #include "messages.h"
+#include "settingshome.h"
 #include "tracepage.h"
 #include "transmitpanel.h"
 
@@ -14,7 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSettings>
+#include <QRegularExpression>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTest>
@@ -46,6 +47,7 @@ private slots:
     void mnemonicsOfTheMenuBarDiffer();
     void closingTheWindowDisconnects();
     void appearanceIsRememberedWhenAskedFor();
+    void damagedAppearanceIsLeftAside();
 
 private:
     FakeAdapter *addAdapter(const char *name, bool primary = true)
@@ -65,8 +67,6 @@ private:
 void TestMainWindow::initTestCase()
 {
     QLocale::setDefault(QLocale::c());
-    QCoreApplication::setOrganizationName(QStringLiteral("KestruneTest"));
-    QSettings().clear();
 }
 
 void TestMainWindow::init()
@@ -99,7 +99,7 @@ void TestMainWindow::commandsFollowTheConnection()
     addAdapter("A");
     QVERIFY(action("actionConnect")->isEnabled());
     QVERIFY(!action("actionDisconnect")->isEnabled());
-    QVERIFY(!action("actionDemo")->isEnabled());
+    QVERIFY(action("actionDemo")->isEnabled()); // the interface is one for the embedded bus
     action("actionConnect")->trigger();
     QVERIFY(!action("actionConnect")->isEnabled());
     QVERIFY(action("actionDisconnect")->isEnabled());
@@ -311,21 +311,38 @@ void TestMainWindow::closingTheWindowDisconnects()
 
 void TestMainWindow::appearanceIsRememberedWhenAskedFor()
 {
+    const SettingsHome home;
     const auto identifier = [](const MainWindow &window) {
         return window.transmitPanel()->findChild<QLineEdit *>(QStringLiteral("edtIdentifier"));
     };
-    m_window->rememberAppearance();
+    m_window->useSettings();
     identifier(*m_window)->setText(QStringLiteral("7AB"));
     m_window->resize(1100, 700);
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("CanAdapters|Failed to remove")));
     m_window->close();
 
     MainWindow plain;
     QCOMPARE(identifier(plain)->text(), QStringLiteral("123"));
     MainWindow again;
-    again.rememberAppearance();
+    again.useSettings();
     QCOMPARE(identifier(again)->text(), QStringLiteral("7AB"));
     QCOMPARE(again.size(), QSize(1100, 700));
-    QSettings().clear();
+}
+
+void TestMainWindow::damagedAppearanceIsLeftAside()
+{
+    const SettingsHome home;
+    m_window->useSettings();
+    const QSize size = m_window->size();
+    m_window->session()->settings()->setValue(QStringLiteral("mainWindow"),
+                                              QVariantMap{{QStringLiteral("Window/window/geometry"), 5},
+                                                          {QStringLiteral("Window/edtIdentifier"), QVariantList{1}},
+                                                          {QStringLiteral("nonsense"), QByteArray(100, 'x')}});
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("Failed to remove")));
+    QVERIFY(m_window->session()->saveSettings());
+    MainWindow again;
+    again.useSettings();
+    QCOMPARE(again.size(), size);
 }
 
 QTEST_MAIN(TestMainWindow)

@@ -2,7 +2,9 @@
 #include "messageboxes.h"
 #include "messages.h"
 #include "session.h"
+#include "settingshome.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -31,6 +33,10 @@ private slots:
     void lostInterfaceBringsTheConnectionDown();
     void clearTraceForgetsAllFrames();
     void runningSessionCanBeDestroyed();
+    void interfacesSurviveARestart();
+    void nothingIsSavedUnlessAskedFor();
+    void settingsThatCannotBeReadAreToldAndLeftAlone();
+    void nextVersionTakesTheInterfacesOver();
 
 private:
     template <typename Adapter = FakeAdapter>
@@ -187,6 +193,95 @@ void TestSession::runningSessionCanBeDestroyed()
     session.reset();
     QVERIFY(record->lines().contains(QStringLiteral("close")));
     QCOMPARE(record->lines().constLast(), QStringLiteral("~"));
+}
+
+namespace {
+void addDemoInterfaces(Session &session)
+{
+    for (const char *name : {"Demo 1", "Demo 3"}) {
+        session.adapters()->addNewCanAdapter(
+            CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, QString::fromLatin1(name)), false,
+            true, false);
+    }
+    session.adapters()->handlePrimaryChanged(1, true);
+    session.setTraced(1, false);
+}
+
+QStringList deviceNames(Session &session)
+{
+    QStringList names;
+    for (quint16 row = 0; row < session.adapters()->getAdapterCount(); ++row) {
+        const AbstractCanAdapter *adapter = session.adapters()->adapterAt(row);
+        names.append(adapter->getCanAdapterOption(AbstractCanAdapter::OptionDeviceName).toString());
+    }
+    return names;
+}
+
+const QStringList bothNames = {QStringLiteral("Demo 1"), QStringLiteral("Demo 3")};
+} // namespace
+
+void TestSession::interfacesSurviveARestart()
+{
+    const SettingsHome home;
+    {
+        Session session;
+        QVERIFY(session.openSettings());
+        addDemoInterfaces(session);
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("Failed to remove")));
+        QVERIFY(session.saveSettings());
+    }
+    Session session;
+    QVERIFY(session.openSettings());
+    QCOMPARE(deviceNames(session), bothNames);
+    QCOMPARE(session.adapters()->getPrimaryAdapter(), session.adapters()->adapterAt(1));
+    QVERIFY(!session.isTraced(1));
+    QVERIFY(session.isTraced(2));
+}
+
+void TestSession::nothingIsSavedUnlessAskedFor()
+{
+    const SettingsHome home;
+    Session session;
+    addDemoInterfaces(session);
+    QVERIFY(session.saveSettings());
+    QVERIFY(!QFile::exists(home.standardFile()));
+}
+
+void TestSession::settingsThatCannotBeReadAreToldAndLeftAlone()
+{
+    const SettingsHome home;
+    home.makeFolder();
+    const QByteArray letter(5000, 'x');
+    QFile file(home.standardFile());
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(letter) == letter.size());
+    file.close();
+
+    Session session;
+    QSignalSpy problems(&session, &Session::settingsProblem);
+    QVERIFY(!session.openSettings());
+    QCOMPARE(problems.count(), 1);
+    QVERIFY(problems[0][0].toString().contains(home.standardFile()));
+    addDemoInterfaces(session);
+    session.saveSettings();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), letter);
+}
+
+void TestSession::nextVersionTakesTheInterfacesOver()
+{
+    const SettingsHome home;
+    {
+        Session session;
+        QVERIFY(session.openSettings());
+        addDemoInterfaces(session);
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("Failed to remove")));
+        QVERIFY(session.saveSettings());
+    }
+    QCoreApplication::setApplicationVersion(QStringLiteral("2.5.0"));
+    QCoreApplication::instance()->setProperty(SettingsHome::nameProperty, QStringLiteral("Falcon 2.5.0"));
+    Session session;
+    QVERIFY(session.openSettings());
+    QCOMPARE(deviceNames(session), bothNames);
 }
 
 QTEST_MAIN(TestSession)
