@@ -45,6 +45,7 @@ private slots:
 
     void textComesBackAsItWas_data();
     void textComesBackAsItWas();
+    void textWithANulIsRefusedAndChangesNothing();
     void anyOtherTypeComesBackAsItWas_data();
     void anyOtherTypeComesBackAsItWas();
     void dateComesBackAsText();
@@ -128,6 +129,16 @@ void TestSettingsValues::textComesBackAsItWas()
     QVERIFY(m_store->existMiscSettingsValue(name("item")));
     QCOMPARE(rows("MiscSettings"), 1);
     QCOMPARE(rows("GenericSettings"), 0);
+}
+
+void TestSettingsValues::textWithANulIsRefusedAndChangesNothing()
+{
+    QVERIFY(m_store->setValue(name("item"), name("before")));
+    // SQL ends at it. Better no value than the first half of one.
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("^bool SettingsDatabase::setMiscValue\\(")));
+    QVERIFY(!m_store->setValue(name("item"), QString(QStringLiteral("a") + QChar(0) + QStringLiteral("b"))));
+    QCOMPARE(m_store->value(name("item"), {}), QVariant(name("before")));
+    QCOMPARE(rows("MiscSettings"), 1);
 }
 
 void TestSettingsValues::anyOtherTypeComesBackAsItWas_data()
