@@ -67,7 +67,7 @@ TcpBusAdapter::~TcpBusAdapter()
 
 int TcpBusAdapter::open()
 {
-    if (m_client.isLinked())
+    if (m_client.isLinked() && !m_closesLater)
         return OpenOk;
     close();
     resetCounters();
@@ -85,10 +85,16 @@ void TcpBusAdapter::close()
 {
     m_running = false;
     if (m_client.isReceiveThread()) {
-        QMetaObject::invokeMethod(
-            this, [this] { close(); }, Qt::QueuedConnection);
+        m_closesLater = true;
+        // Whoever opens the adapter before that has closed it too, and must not lose the new link.
+        const auto closeIfWanted = [this] {
+            if (m_closesLater)
+                close();
+        };
+        QMetaObject::invokeMethod(this, closeIfWanted, Qt::QueuedConnection);
         return;
     }
+    m_closesLater = false;
     // Before the link goes: who sends by the clock must not count what comes now as lost.
     setRunningState(false);
     m_client.stop();

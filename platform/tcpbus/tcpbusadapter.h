@@ -63,6 +63,7 @@ private:
     quint16 m_port = 0;
     QString m_host;
     std::atomic<bool> m_running{false};
+    std::atomic<bool> m_closesLater{false}; ///< asked for on the receive thread, not done yet
     std::atomic<bool> m_canFd{false};
     std::atomic<bool> m_silent{false};
     std::atomic<bool> m_echo{false};

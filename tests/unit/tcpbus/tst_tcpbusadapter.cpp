@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+#include <future>
+
 class TestTcpBusAdapter : public AdapterContractTest
 {
     Q_OBJECT
@@ -70,6 +72,7 @@ private slots:
     void lossBeforeRunningIsNotForgotten();
     void theNextToConnectCarriesTheBus();
     void closingFromAReceivingSlotTakesPlaceLater();
+    void adapterReopenedBeforeALateCloseStaysOpen();
     void echoesAreBounded();
     void optionsHaveDefaults_data();
     void optionsHaveDefaults();
@@ -457,6 +460,35 @@ void TestTcpBusAdapter::closingFromAReceivingSlotTakesPlaceLater()
     QTRY_VERIFY_WITH_TIMEOUT(!pair.second->getRunning(), patience);
     QCOMPARE(record.received().size(), std::size_t(1));
     QCOMPARE(record.errors(), 0);
+}
+
+void TestTcpBusAdapter::adapterReopenedBeforeALateCloseStaysOpen()
+{
+    Pair pair = makePair();
+    QCOMPARE(pair.first->open(), int(Adapter::OpenOk));
+    QCOMPARE(pair.second->open(), int(Adapter::OpenOk));
+    pair.first->setRunning(true);
+    pair.second->setRunning(true);
+    std::promise<void> closed;
+    connect(
+        pair.first.get(), &Adapter::newCanMessage, pair.first.get(),
+        [&pair, &closed] {
+            pair.first->disconnect();
+            pair.first->close();
+            closed.set_value();
+        },
+        Qt::DirectConnection);
+    CAN::CanMessage message;
+    message.id = 0x123;
+    QCOMPARE(pair.second->write(&message), Adapter::WriteOk);
+    QCOMPARE(closed.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+
+    // No event loop has run since: the closing still waits.
+    QCOMPARE(pair.first->open(), int(Adapter::OpenOk));
+    pair.first->setRunning(true);
+    QCoreApplication::processEvents();
+    QVERIFY(pair.first->getRunning());
+    QCOMPARE(pair.first->write(&message), Adapter::WriteOk);
 }
 
 void TestTcpBusAdapter::echoesAreBounded()
