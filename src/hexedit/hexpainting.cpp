@@ -1,0 +1,136 @@
+// What the editor looks like. Painting costs by the lines of the event's rectangle, not by the bytes held.
+
+#include "hexgeometry.h"
+#include "hextext.h"
+#include "qhexeditprivate.h"
+
+#include <QPaintEvent>
+#include <QPainter>
+
+/// The colours of a byte.
+struct HexLook
+{
+    QColor background; ///< invalid for none
+    QColor text;
+
+    void applyTo(QPainter &painter) const
+    {
+        painter.setPen(text);
+        painter.setBackgroundMode(background.isValid() ? Qt::OpaqueMode : Qt::TransparentMode);
+        if (background.isValid())
+            painter.setBackground(background);
+    }
+};
+
+void QHexEditPrivate::paintEvent(QPaintEvent *event)
+{
+    {
+        QPainter painter(this);
+        paintBackground(painter, event->rect());
+        painter.setPen(palette().color(QPalette::WindowText));
+        const ByteRange bytes = m_geometry->bytesIn(event->rect(), m_xData.size());
+        if (m_addressArea)
+            paintAddresses(painter, bytes);
+        paintHexArea(painter, bytes);
+        if (m_asciiArea)
+            paintAsciiArea(painter, bytes);
+        paintCursor(painter);
+    }
+    if (m_lastEmittedSize != m_xData.size()) {
+        m_lastEmittedSize = m_xData.size();
+        emit currentSizeChanged(m_lastEmittedSize);
+    }
+}
+
+void QHexEditPrivate::paintBackground(QPainter &painter, const QRect &rect)
+{
+    painter.fillRect(rect, palette().color(QPalette::Base));
+    const int x = HexGeometry::xPosAddress;
+    if (m_addressArea)
+        painter.fillRect(QRect(x, rect.top(), m_geometry->xPosHex - 8, height()), m_addressAreaColor);
+    else
+        painter.fillRect(QRect(x, rect.top(), 10, height()), Qt::white);
+
+    if (m_asciiArea) {
+        const int line = m_geometry->xPosAscii - 8;
+        painter.setPen(Qt::gray);
+        painter.drawLine(line, rect.top(), line, height());
+    }
+}
+
+void QHexEditPrivate::paintAddresses(QPainter &painter, ByteRange bytes)
+{
+    const int digits = m_xData.realAddressNumbers();
+    for (qint64 index = bytes.first; index < bytes.last; index += m_geometry->bytesPerLine) {
+        painter.drawText(HexGeometry::xPosAddress, m_geometry->baseline(int(index)),
+                         addressText(m_xData.addressOffset(), int(index), digits));
+    }
+}
+
+void QHexEditPrivate::paintHexArea(QPainter &painter, ByteRange bytes)
+{
+    const QByteArray &data = m_xData.data();
+    const int charWidth = m_geometry->charWidth;
+    for (int index = bytes.first; index < bytes.last; ++index) {
+        const int x = m_geometry->xPosHex + index % m_geometry->bytesPerLine * 3 * charWidth;
+        const int y = m_geometry->baseline(index);
+        hexLook(index).applyTo(painter);
+        painter.drawText(x, y, hexDigits(data.at(index)));
+        // The gap belongs to the byte in selections and changes, which run on, but not in the bits.
+        if (m_considerationEnabled)
+            painter.setBackgroundMode(Qt::TransparentMode);
+        painter.drawText(x + 2 * charWidth, y, QStringLiteral(" "));
+    }
+}
+
+void QHexEditPrivate::paintAsciiArea(QPainter &painter, ByteRange bytes)
+{
+    for (int index = bytes.first; index < bytes.last; ++index) {
+        const int x = m_geometry->xPosAscii + index % m_geometry->bytesPerLine * m_geometry->charWidth;
+        asciiLook(index).applyTo(painter);
+        painter.drawText(x, m_geometry->baseline(index), m_xData.asciiChar(index));
+    }
+}
+
+void QHexEditPrivate::paintCursor(QPainter &painter)
+{
+    if (!m_blink || m_readOnly || !hasFocus())
+        return;
+    const int charHeight = m_geometry->charHeight;
+    const QRect bar = m_overwriteMode ? QRect(m_cursorX, m_cursorY + charHeight - 2, m_geometry->charWidth, 2)
+                                      : QRect(m_cursorX, m_cursorY, 2, charHeight);
+    painter.fillRect(bar, palette().color(QPalette::WindowText));
+}
+
+HexLook QHexEditPrivate::hexLook(int index)
+{
+    if (m_considerationEnabled && isConsidered(index))
+        return {m_considerColor, QColor(0, 0, 0)};
+    if (m_considerationEnabled)
+        return {QColor(), QColor(0x96, 0x96, 0x96)};
+    if (isSelected(index))
+        return selectedLook();
+    if (m_highlighting && m_xData.dataChanged(index))
+        return {m_highlightingColor, m_highlightingPenColor};
+    return plainLook();
+}
+
+HexLook QHexEditPrivate::asciiLook(int index) const
+{
+    return isSelected(index) ? selectedLook() : plainLook();
+}
+
+HexLook QHexEditPrivate::selectedLook() const
+{
+    return {m_selectionColor, Qt::white};
+}
+
+HexLook QHexEditPrivate::plainLook() const
+{
+    return {QColor(), palette().color(QPalette::WindowText)};
+}
+
+bool QHexEditPrivate::isSelected(int index) const
+{
+    return index >= m_selectionBegin && index < m_selectionEnd;
+}
