@@ -32,7 +32,7 @@ int QHexEditPrivate::indexOf(QByteArray const &ba, int from)
 int QHexEditPrivate::lastIndexOf(QByteArray const &ba, int from)
 {
     const QByteArray &data = m_xData.data();
-    const int found = data.lastIndexOf(ba, int(qMax<qint64>(0, qint64(from) - ba.size())));
+    const int found = data.lastIndexOf(ba, int(qBound<qint64>(0, qint64(from) - ba.size(), data.size())));
     if (found < 0)
         return found;
     setCursorPos(nibble(found));
