@@ -40,11 +40,9 @@ QSize HexGeometry::minimumSize(int bytes, bool asciiArea) const
 
 QPoint HexGeometry::cell(int position, bool ascii) const
 {
-    const int line = position / nibblesPerLine();
-    const int column = position % nibblesPerLine();
-    const qint64 x = ascii ? qint64(column / 2) * charWidth + xPosAscii
-                           : (qint64(column / 2) * 3 + column % 2) * charWidth + xPosHex;
-    return QPoint(toInt(x), toInt(qint64(line) * charHeight + 4));
+    const int index = position / 2;
+    const qint64 x = left(index, ascii) + (ascii ? 0 : qint64(position % 2) * charWidth);
+    return QPoint(toInt(x), toInt(qint64(index / bytesPerLine) * charHeight + 4));
 }
 
 HexHit HexGeometry::hit(QPoint point, bool asciiArea) const
@@ -79,7 +77,18 @@ ByteRange HexGeometry::bytesIn(const QRect &rect, int size) const
     return {toInt(qMax<qint64>(0, first)), toInt(qMin<qint64>(last, size))};
 }
 
+int HexGeometry::left(int index, bool ascii) const
+{
+    const qint64 column = index % bytesPerLine;
+    return toInt(ascii ? column * charWidth + xPosAscii : column * 3 * charWidth + xPosHex);
+}
+
 int HexGeometry::baseline(int index) const
 {
     return toInt(qint64(index / bytesPerLine) * charHeight + charHeight);
+}
+
+bool HexGeometry::isAcross(const QRect &rect, int left) const
+{
+    return left - charWidth <= rect.right() && qint64(left) + 4 * charWidth >= rect.left();
 }

@@ -40,8 +40,12 @@ struct HexGeometry
     int byteAt(QPoint cell, bool ascii) const;
     /// The bytes to paint for a rectangle, of `size` that there are.
     ByteRange bytesIn(const QRect &rect, int size) const;
+    /// Left edge of a byte's digits or of its character.
+    int left(int index, bool ascii) const;
     /// Baseline of a byte's line.
     int baseline(int index) const;
+    /// Whether a byte with the gap behind it, and what may hang over, reaches into the rectangle's columns.
+    bool isAcross(const QRect &rect, int left) const;
 
     int charWidth = 1;
     int charHeight = 1;

@@ -28,12 +28,11 @@ void QHexEditPrivate::paintEvent(QPaintEvent *event)
         QPainter painter(this);
         paintBackground(painter, event->rect());
         painter.setPen(palette().color(QPalette::WindowText));
-        const ByteRange bytes = m_geometry->bytesIn(event->rect(), m_xData.size());
         if (m_addressArea)
-            paintAddresses(painter, bytes);
-        paintHexArea(painter, bytes);
+            paintAddresses(painter, event->rect());
+        paintHexArea(painter, event->rect());
         if (m_asciiArea)
-            paintAsciiArea(painter, bytes);
+            paintAsciiArea(painter, event->rect());
         paintCursor(painter);
     }
     if (m_lastEmittedSize != m_xData.size()) {
@@ -58,8 +57,9 @@ void QHexEditPrivate::paintBackground(QPainter &painter, const QRect &rect)
     }
 }
 
-void QHexEditPrivate::paintAddresses(QPainter &painter, ByteRange bytes)
+void QHexEditPrivate::paintAddresses(QPainter &painter, const QRect &rect)
 {
+    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
     const int digits = m_xData.realAddressNumbers();
     for (qint64 index = bytes.first; index < bytes.last; index += m_geometry->bytesPerLine) {
         painter.drawText(HexGeometry::xPosAddress, m_geometry->baseline(int(index)),
@@ -67,26 +67,32 @@ void QHexEditPrivate::paintAddresses(QPainter &painter, ByteRange bytes)
     }
 }
 
-void QHexEditPrivate::paintHexArea(QPainter &painter, ByteRange bytes)
+void QHexEditPrivate::paintHexArea(QPainter &painter, const QRect &rect)
 {
+    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
     const QByteArray &data = m_xData.data();
-    const int charWidth = m_geometry->charWidth;
     for (int index = bytes.first; index < bytes.last; ++index) {
-        const int x = m_geometry->xPosHex + index % m_geometry->bytesPerLine * 3 * charWidth;
+        const int x = m_geometry->left(index, false);
+        if (!m_geometry->isAcross(rect, x))
+            continue;
         const int y = m_geometry->baseline(index);
-        hexLook(index).applyTo(painter);
+        const HexLook look = hexLook(index);
+        look.applyTo(painter);
         painter.drawText(x, y, hexDigits(data.at(index)));
-        // The gap belongs to the byte in selections and changes, which run on, but not in the bits.
-        if (m_considerationEnabled)
-            painter.setBackgroundMode(Qt::TransparentMode);
-        painter.drawText(x + 2 * charWidth, y, QStringLiteral(" "));
+        // The gap belongs to the byte in selections and changes, which run on, but not in the bits; a blank without
+        // background is nothing to draw.
+        if (look.background.isValid() && !m_considerationEnabled)
+            painter.drawText(x + 2 * m_geometry->charWidth, y, QStringLiteral(" "));
     }
 }
 
-void QHexEditPrivate::paintAsciiArea(QPainter &painter, ByteRange bytes)
+void QHexEditPrivate::paintAsciiArea(QPainter &painter, const QRect &rect)
 {
+    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
     for (int index = bytes.first; index < bytes.last; ++index) {
-        const int x = m_geometry->xPosAscii + index % m_geometry->bytesPerLine * m_geometry->charWidth;
+        const int x = m_geometry->left(index, true);
+        if (!m_geometry->isAcross(rect, x))
+            continue;
         asciiLook(index).applyTo(painter);
         painter.drawText(x, m_geometry->baseline(index), m_xData.asciiChar(index));
     }

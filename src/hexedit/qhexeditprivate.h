@@ -13,7 +13,6 @@
 
 class QPainter;
 class QScrollArea;
-struct ByteRange;
 struct HexGeometry;
 struct HexLook;
 
@@ -145,9 +144,9 @@ private:
     QString selectionAsText();
 
     void paintBackground(QPainter &painter, const QRect &rect);
-    void paintAddresses(QPainter &painter, ByteRange bytes);
-    void paintHexArea(QPainter &painter, ByteRange bytes);
-    void paintAsciiArea(QPainter &painter, ByteRange bytes);
+    void paintAddresses(QPainter &painter, const QRect &rect);
+    void paintHexArea(QPainter &painter, const QRect &rect);
+    void paintAsciiArea(QPainter &painter, const QRect &rect);
     void paintCursor(QPainter &painter);
     HexLook hexLook(int index);
     HexLook asciiLook(int index) const;

@@ -40,6 +40,7 @@ private slots:
     void cellTellsItsByte();
     void paintedBytesAreThoseOfTheRectangleAndTheMargin_data();
     void paintedBytesAreThoseOfTheRectangleAndTheMargin();
+    void bytesBesideTheRectangleAreLeftOut();
     void extremeNumbersAreCut();
 };
 
@@ -182,6 +183,17 @@ void TestHexGeometry::paintedBytesAreThoseOfTheRectangleAndTheMargin()
     QTEST(bytes.last, "last");
 }
 
+void TestHexGeometry::bytesBesideTheRectangleAreLeftOut()
+{
+    const HexGeometry areas = geometry();
+    const QRect rect(200, 0, 20, 20);
+    QVERIFY(areas.isAcross(rect, 200));
+    QVERIFY(areas.isAcross(rect, 229));
+    QVERIFY(!areas.isAcross(rect, 230));
+    QVERIFY(areas.isAcross(rect, 160));
+    QVERIFY(!areas.isAcross(rect, 159));
+}
+
 void TestHexGeometry::extremeNumbersAreCut()
 {
     HexGeometry areas = geometry();
@@ -190,6 +202,7 @@ void TestHexGeometry::extremeNumbersAreCut()
     QCOMPARE(areas.baseline(largest), largest);
     areas.setBytesPerLine(16777215);
     areas.setAreas(4);
+    QCOMPARE(areas.left(16777214, true), areas.xPosAscii + 16777214 * 10);
     QCOMPARE(areas.hit(QPoint(50, largest), true).position, largest);
     QCOMPARE(areas.byteAt(QPoint(50, largest), false), largest);
     QCOMPARE(areas.bytesIn(QRect(0, largest - 10, 10, 10), 5).last, 5);
