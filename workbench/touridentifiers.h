@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// Identifiers of the tour that no node of the simulated network uses.
+namespace TourIdentifiers {
+constexpr quint32 firstToSecond = 0x6E1;
+constexpr quint32 secondToFirst = 0x6E2;
+constexpr quint32 panel = 0x6E3;
+constexpr quint32 cyclic = 0x6E4;
+} // namespace TourIdentifiers
