@@ -8,6 +8,8 @@ enum Role {
     FixedWidthRole = Qt::UserRole, ///< bool, of a cell or header section: digits line up
     SampleTextRole,                ///< string, of a header section: a text as wide as the column's usual content
     ErrorRole,                     ///< bool, of a cell: it reports an error on the bus
+    MarkRole,                      ///< int, of a cell: the colour of its row, see markColor(); -1 for none
+    FrameRole,                     ///< CAN::CanRxMessage, of any cell: the frame of its row
     ClipboardRole,                 ///< string, of any cell: its row as a line of text
 };
 } // namespace FrameRoles

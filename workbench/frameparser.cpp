@@ -1,5 +1,7 @@
 #include "frameparser.h"
 
+#include "frametext.h"
+
 #include <QCoreApplication>
 #include <QRegularExpression>
 
@@ -163,4 +165,17 @@ FrameParse parseFrame(const FrameInput &input)
     frame.message.fd = input.fd;
     frame.message.brs = input.bitRateSwitch;
     return frame;
+}
+
+FrameInput inputFor(const CAN::CanMessage &message)
+{
+    FrameInput input;
+    // The field has a box of its own for what the "x" says.
+    input.identifier = FrameText::identifier(message).remove(QLatin1Char('x'));
+    input.data = FrameText::data(message);
+    input.extended = message.ext;
+    input.remote = message.rtr;
+    input.fd = message.fd;
+    input.bitRateSwitch = message.brs;
+    return input;
 }

@@ -29,3 +29,6 @@ struct FrameParse
 
 /// Pure; any text may come in.
 FrameParse parseFrame(const FrameInput &input);
+
+/// What to put into the fields to get the frame.
+FrameInput inputFor(const CAN::CanMessage &message);

@@ -2,6 +2,7 @@
 
 #include "framecolumn.h"
 #include "framedelegate.h"
+#include "markcolor.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -175,6 +176,9 @@ void FrameView::paintRow(QPainter &painter, QStyleOptionViewItem option, int row
     option.features.setFlag(QStyleOptionViewItem::Alternate, alternatingRowColors() && row % 2 == 1);
     option.rect = QRect(0, y, viewport()->width(), m_rowHeight);
     style()->drawPrimitive(QStyle::PE_PanelItemViewRow, &option, &painter, this);
+    const QVariant mark = model()->index(row, 0).data(FrameRoles::MarkRole);
+    if (mark.isValid() && mark.toInt() >= 0 && !option.state.testFlag(QStyle::State_Selected))
+        painter.fillRect(option.rect, markColor(option.palette, mark.toInt()));
     const bool current = hasFocus() && currentIndex().row() == row;
     for (int column = 0; column < m_header->count(); ++column) {
         option.rect = QRect(m_header->sectionViewportPosition(column), y, m_header->sectionSize(column), m_rowHeight);

@@ -3,6 +3,7 @@
 #include "canopentext.h"
 #include "datachunkhandler.h"
 #include "framecolumn.h"
+#include "framemarks.h"
 #include "frametext.h"
 
 namespace {
@@ -109,6 +110,15 @@ void IdentifierModel::reset()
     endResetModel();
 }
 
+void IdentifierModel::setMarks(const FrameMarks *marks)
+{
+    m_marks = marks;
+    connect(marks, &FrameMarks::changed, this, [this] {
+        if (rowCount() > 0)
+            emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1), {FrameRoles::MarkRole});
+    });
+}
+
 int IdentifierModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : m_statistics.rowCount();
@@ -131,6 +141,10 @@ QVariant IdentifierModel::data(const QModelIndex &index, int role) const
         return toolTip(summary, index.column());
     case FrameRoles::ErrorRole:
         return summary.last.message.errorFrame;
+    case FrameRoles::MarkRole:
+        return m_marks != nullptr ? m_marks->colorFor(summary.last) : -1;
+    case FrameRoles::FrameRole:
+        return QVariant::fromValue(summary.last);
     case FrameRoles::ClipboardRole: {
         QStringList cells;
         for (int column = 0; column < ColumnCount; ++column)

@@ -6,6 +6,7 @@
 #include <QPointer>
 
 class DatachunkHandler;
+class FrameMarks;
 
 /// One row for each identifier of a trace, in rising order, with count, cycle time and last frame.
 ///
@@ -39,6 +40,9 @@ public:
     /// Frames of identifiers that have no row, since there are too many of them.
     quint64 unlistedFrames() const { return m_statistics.unlistedFrames(); }
 
+    /// The marks that give rows their colour; must outlive the model.
+    void setMarks(const FrameMarks *marks);
+
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
@@ -57,6 +61,7 @@ private:
     QString toolTip(const IdentifierSummary &summary, int column) const;
 
     QPointer<DatachunkHandler> m_store;
+    const FrameMarks *m_marks = nullptr;
     IdentifierStatistics m_statistics;
     unsigned int m_framesRead = 0;
 };

@@ -3,11 +3,15 @@
 #include "appearance.h"
 #include "demosession.h"
 #include "emptystate.h"
+#include "framecolumn.h"
+#include "framemarks.h"
 #include "frameview.h"
 #include "icons.h"
 #include "identifiermodel.h"
 #include "interfacename.h"
 #include "kestrune.h"
+#include "markbar.h"
+#include "messagecommands.h"
 #include "statusline.h"
 #include "tracemodel.h"
 #include "tracepage.h"
@@ -25,6 +29,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
+#include <QVBoxLayout>
 
 namespace {
 constexpr int traceRefreshMilliseconds = 40;
@@ -36,6 +41,11 @@ QString appearanceItem()
 {
     return QStringLiteral("mainWindow");
 }
+
+QString marksItem()
+{
+    return QStringLiteral("marks");
+}
 } // namespace
 
 MainWindow::MainWindow(QWidget *parent)
@@ -43,6 +53,7 @@ MainWindow::MainWindow(QWidget *parent)
     , m_session(this)
     , m_traceModel(new TraceModel(m_session.trace(), this))
     , m_identifierModel(new IdentifierModel(m_session.trace(), this))
+    , m_marks(new FrameMarks(this))
     , m_demo(new DemoSession(&m_session, this))
     , m_statusLine(new StatusLine(statusBar()))
 {
@@ -51,6 +62,7 @@ MainWindow::MainWindow(QWidget *parent)
     buildPages();
     buildTransmitDock();
     buildTraceMenu();
+    buildMessageMenu();
     buildViewMenu();
     buildHelpMenu();
     buildToolBar();
@@ -120,8 +132,14 @@ void MainWindow::showPage(TracePage *page)
 
 void MainWindow::useSettings()
 {
-    if (m_session.openSettings())
+    if (m_session.openSettings()) {
         restoreAppearance(this, m_session.settings()->value(appearanceItem(), QVariantMap()).toMap());
+        m_marks->setFromVariant(m_session.settings()->value(marksItem(), QVariantList()).toList());
+        connect(m_marks, &FrameMarks::changed, this, [this] {
+            m_session.settings()->setValue(marksItem(), m_marks->toVariant());
+            m_session.saveSettings();
+        });
+    }
     showConnection();
 }
 
@@ -191,7 +209,19 @@ void MainWindow::buildPages()
     m_tabs->addTab(m_identifierPage, tr("Identifiers"));
     m_tabs->setTabToolTip(0, tr("Every frame, the newest at the bottom (Ctrl+1)"));
     m_tabs->setTabToolTip(1, tr("One line for each identifier, with its cycle time and last data (Ctrl+2)"));
-    setCentralWidget(m_tabs);
+
+    auto *centre = new QWidget(this);
+    auto *layout = new QVBoxLayout(centre);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_tabs, 1);
+    auto *markBar = new MarkBar(m_marks, centre);
+    markBar->setObjectName(QStringLiteral("markBar"));
+    layout->addWidget(markBar);
+    setCentralWidget(centre);
+    m_traceModel->setMarks(m_marks);
+    m_identifierModel->setMarks(m_marks);
+    connect(markBar, &MarkBar::editRequested, this, [this](int mark) { m_messageCommands->changeMark(mark); });
 }
 
 void MainWindow::buildTransmitDock()
@@ -201,6 +231,9 @@ void MainWindow::buildTransmitDock()
     m_transmitDock->setObjectName(QStringLiteral("transmitDock"));
     m_transmitDock->setWidget(m_transmitPanel);
     addDockWidget(Qt::BottomDockWidgetArea, m_transmitDock);
+    m_messageCommands = new MessageCommands(m_transmitPanel, m_marks, this);
+    connect(m_messageCommands, &MessageCommands::remark, this,
+            [this](const QString &text) { statusBar()->showMessage(text); });
 }
 
 void MainWindow::buildTraceMenu()
@@ -227,9 +260,63 @@ void MainWindow::buildTraceMenu()
         connect(action, &QAction::triggered, m_traceModel,
                 [this, mode = entry.first] { m_traceModel->setTimeMode(mode); });
     }
+    trace->addSeparator();
+    buildMarkCommands(trace);
+    trace->addSeparator();
     m_recordMenu = trace->addMenu(tr("&Record from"));
     m_recordMenu->setToolTipsVisible(true);
     connect(m_recordMenu, &QMenu::aboutToShow, this, &MainWindow::fillRecordMenu);
+}
+
+void MainWindow::buildMarkCommands(QMenu *menu)
+{
+    QAction *mark = addCommand(menu, QStringLiteral("actionMark"), tr("&Mark frames..."),
+                               QKeySequence(Qt::CTRL + Qt::Key_M),
+                               tr("Show frames that match a template in a colour of their own"));
+    connect(mark, &QAction::triggered, this, [this] { m_messageCommands->addMark(currentFrame()); });
+    m_markIdentifierAction = addCommand(menu, QStringLiteral("actionMarkIdentifier"), tr("Mark this &identifier"),
+                                        QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_M),
+                                        tr("Show all frames with the identifier of the current one in a colour"));
+    connect(m_markIdentifierAction, &QAction::triggered, this, [this] {
+        if (const std::optional<CAN::CanMessage> frame = currentFrame())
+            m_messageCommands->markIdentifier(*frame);
+        else
+            statusBar()->showMessage(tr("Select a frame first."));
+    });
+    QAction *clear = addCommand(menu, QStringLiteral("actionClearMarks"), tr("Remove &all marks"), {},
+                                tr("Show all frames in the usual colours"));
+    connect(clear, &QAction::triggered, m_marks, &FrameMarks::clear);
+    connect(m_marks, &FrameMarks::changed, clear, [this, clear] { clear->setEnabled(m_marks->count() > 0); });
+    clear->setEnabled(false);
+    for (TracePage *page : {m_tracePage, m_identifierPage})
+        page->view()->addAction(m_markIdentifierAction);
+}
+
+void MainWindow::buildMessageMenu()
+{
+    QMenu *message = menuBar()->addMenu(tr("&Message"));
+    QAction *write = addCommand(message, QStringLiteral("actionWriteFrame"), tr("&Write a frame"),
+                                QKeySequence(Qt::CTRL + Qt::Key_T), tr("Go to the fields of the transmit panel"));
+    connect(write, &QAction::triggered, this, [this] {
+        m_transmitDock->show();
+        m_transmitPanel->setFocus(Qt::ShortcutFocusReason);
+    });
+    QAction *build = addCommand(message, QStringLiteral("actionBuildMessage"), tr("&Build message..."),
+                                QKeySequence(Qt::CTRL + Qt::Key_B),
+                                tr("Compose the frame of the transmit panel, for example from a CANopen service"));
+    connect(build, &QAction::triggered, this, [this] {
+        m_transmitDock->show();
+        m_messageCommands->buildMessage();
+    });
+}
+
+std::optional<CAN::CanMessage> MainWindow::currentFrame() const
+{
+    const auto *page = static_cast<const TracePage *>(m_tabs->currentWidget());
+    const QVariant frame = page->view()->currentIndex().data(FrameRoles::FrameRole);
+    if (!frame.canConvert<CAN::CanRxMessage>())
+        return {};
+    return frame.value<CAN::CanRxMessage>().message;
 }
 
 void MainWindow::buildViewMenu()
@@ -241,12 +328,6 @@ void MainWindow::buildViewMenu()
     QAction *identifiers = addCommand(view, QStringLiteral("actionShowIdentifiers"), tr("&Identifiers"),
                                       QKeySequence(Qt::CTRL + Qt::Key_2), tr("Show one line for each identifier"));
     connect(identifiers, &QAction::triggered, this, [this] { showPage(m_identifierPage); });
-    QAction *write = addCommand(view, QStringLiteral("actionWriteFrame"), tr("&Write a frame"),
-                                QKeySequence(Qt::CTRL + Qt::Key_T), tr("Go to the fields of the transmit panel"));
-    connect(write, &QAction::triggered, this, [this] {
-        m_transmitDock->show();
-        m_transmitPanel->setFocus(Qt::ShortcutFocusReason);
-    });
     view->addSeparator();
     view->addAction(m_transmitDock->toggleViewAction());
 }

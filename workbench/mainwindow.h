@@ -6,8 +6,12 @@
 
 #include <QMainWindow>
 
+#include <optional>
+
 class DemoSession;
+class FrameMarks;
 class IdentifierModel;
+class MessageCommands;
 class QActionGroup;
 class QDockWidget;
 class QMenu;
@@ -31,6 +35,7 @@ public:
     TransmitPanel *transmitPanel() const { return m_transmitPanel; }
     TracePage *tracePage() const { return m_tracePage; }
     TracePage *identifierPage() const { return m_identifierPage; }
+    FrameMarks *marks() const { return m_marks; }
     const StallMeter &stallMeter() const { return m_stallMeter; }
     void restartStallMeter() { m_stallMeter.restart(); }
 
@@ -57,10 +62,15 @@ private:
     void buildTransmitDock();
     void buildFileAndConnectionMenus();
     void buildTraceMenu();
+    void buildMarkCommands(QMenu *menu);
+    void buildMessageMenu();
     void buildViewMenu();
     void buildHelpMenu();
     void buildToolBar();
     void fillRecordMenu();
+
+    /// Of the view in front; none while no row is current.
+    std::optional<CAN::CanMessage> currentFrame() const;
 
     void showConnection();
     void showAdvice();
@@ -79,7 +89,9 @@ private:
 
     TraceModel *m_traceModel;
     IdentifierModel *m_identifierModel;
+    FrameMarks *m_marks;
     DemoSession *m_demo;
+    MessageCommands *m_messageCommands;
     QTabWidget *m_tabs;
     TracePage *m_tracePage;
     TracePage *m_identifierPage;
@@ -87,6 +99,7 @@ private:
     QDockWidget *m_transmitDock;
     StatusLine *m_statusLine;
 
+    QAction *m_markIdentifierAction;
     QAction *m_connectAction;
     QAction *m_disconnectAction;
     QAction *m_clearAction;

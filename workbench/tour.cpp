@@ -20,6 +20,7 @@ const Step steps[] = {
     {"read an object", TourSteps::readObject},        {"stop and start a node", TourSteps::stopAndStartNode},
     {"bit rate switch", TourSteps::seeBitRateSwitch}, {"send from the panel", TourSteps::sendFromPanel},
     {"send cyclically", TourSteps::sendCyclically},   {"show traffic", TourSteps::showTraffic},
+    {"build messages", TourSteps::buildMessages},     {"mark frames", TourSteps::markFrames},
     {"connect again", TourSteps::connectAgain},       {"save and reopen", TourSteps::saveAndReopen},
     {"lose nothing", TourSteps::loseNothing},
 };

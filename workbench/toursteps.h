@@ -21,6 +21,10 @@ bool sendFromPanel(TourContext &tour);
 bool sendCyclically(TourContext &tour);
 bool showTraffic(TourContext &tour);
 
+// Messages composed in the builder.
+bool buildMessages(TourContext &tour);
+bool markFrames(TourContext &tour);
+
 // The settings file.
 bool saveAndReopen(TourContext &tour);
 

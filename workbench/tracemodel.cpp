@@ -3,6 +3,7 @@
 #include "canopentext.h"
 #include "datachunkhandler.h"
 #include "framecolumn.h"
+#include "framemarks.h"
 #include "frametext.h"
 
 #include <algorithm>
@@ -89,6 +90,15 @@ void TraceModel::setTimeMode(TimeMode mode)
     emit headerDataChanged(Qt::Horizontal, TimeColumn, TimeColumn);
 }
 
+void TraceModel::setMarks(const FrameMarks *marks)
+{
+    m_marks = marks;
+    connect(marks, &FrameMarks::changed, this, [this] {
+        if (rowCount() > 0)
+            emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1), {FrameRoles::MarkRole});
+    });
+}
+
 int TraceModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : m_rows;
@@ -111,6 +121,14 @@ QVariant TraceModel::data(const QModelIndex &index, int role) const
     case FrameRoles::ErrorRole: {
         const CAN::CanRxMessage *frame = frameAt(index.row());
         return frame != nullptr && frame->message.errorFrame;
+    }
+    case FrameRoles::MarkRole: {
+        const CAN::CanRxMessage *frame = frameAt(index.row());
+        return frame != nullptr && m_marks != nullptr ? m_marks->colorFor(*frame) : -1;
+    }
+    case FrameRoles::FrameRole: {
+        const CAN::CanRxMessage *frame = frameAt(index.row());
+        return frame != nullptr ? QVariant::fromValue(*frame) : QVariant();
     }
     case FrameRoles::ClipboardRole:
         return clipboardText(index.row());

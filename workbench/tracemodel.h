@@ -7,6 +7,7 @@
 #include <QVector>
 
 class DatachunkHandler;
+class FrameMarks;
 
 /// The frames of a trace in the order of their arrival, read from the store row by row as a view asks.
 ///
@@ -44,6 +45,9 @@ public:
     void setTimeMode(TimeMode mode);
     TimeMode timeMode() const { return m_timeMode; }
 
+    /// The marks that give rows their colour; must outlive the model.
+    void setMarks(const FrameMarks *marks);
+
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
@@ -64,6 +68,7 @@ private:
     qint64 sinceStart(const CAN::CanRxMessage &frame) const;
 
     QPointer<DatachunkHandler> m_store;
+    const FrameMarks *m_marks = nullptr;
     int m_rows = 0;
     TimeMode m_timeMode = SinceStart;
     qint64 m_startMicroseconds = 0; // of the first frame, good while there are rows

@@ -25,6 +25,8 @@ public:
     bool showsEmptyState() const;
 
 private:
+    void addCopyAction();
+    QWidget *makeFollowBar();
     void updatePage();
 
     QAbstractItemModel *m_model;

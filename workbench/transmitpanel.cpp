@@ -139,30 +139,9 @@ void TransmitPanel::changeEvent(QEvent *event)
 QWidget *TransmitPanel::makeForm()
 {
     auto *form = new QWidget(this);
-    m_identifier = named(new QLineEdit(QStringLiteral("123"), form), QStringLiteral("edtIdentifier"),
-                         tr("Identifier in hexadecimal, for example 123. Enter sends the frame."));
-    m_data = named(new QLineEdit(QStringLiteral("01 02 03 04"), form), QStringLiteral("edtData"),
-                   tr("Data bytes in hexadecimal, for example 01 A0 FF. Enter sends the frame."));
-    m_extended = named(new QCheckBox(tr("E&xtended"), form), QStringLiteral("cbExtended"),
-                       tr("Identifier of 29 bits instead of 11"));
-    m_remote = named(new QCheckBox(tr("&Remote"), form), QStringLiteral("cbRemote"),
-                     tr("Ask another node to send this identifier; carries no data, and does not exist in CAN FD"));
-    m_fd = named(new QCheckBox(tr("CA&N FD"), form), QStringLiteral("cbFd"), tr("Up to 64 data bytes"));
-    m_bitRateSwitch = named(new QCheckBox(tr("Bit rate s&witch"), form), QStringLiteral("cbBitRateSwitch"),
-                            tr("Send the data of the CAN FD frame at the higher bit rate"));
-    m_period = named(new QDoubleSpinBox(form), QStringLiteral("sbPeriod"),
-                     tr("Time from one frame to the next, 0.1 ms to one hour"));
-    m_send = named(new QPushButton(tr("&Send once"), form), QStringLiteral("btnSend"), tr("Send the frame (Enter)"));
-    m_sendCyclically = named(new QPushButton(tr("Send c&yclically"), form), QStringLiteral("btnSendCyclically"),
-                             tr("Send the frame again and again. A running one of the same identifier takes over "
-                                "these data and this cycle."));
-    m_hint = named(new QLabel(form), QStringLiteral("lblTransmitHint"), QString());
-    m_hint->setWordWrap(true);
+    makeFrameFields(form);
+    makeSendControls(form);
     setFocusProxy(m_identifier);
-    m_period->setRange(minPeriodMilliseconds, maxPeriodMilliseconds);
-    m_period->setDecimals(1);
-    m_period->setValue(usualPeriodMilliseconds);
-    m_period->setSuffix(tr(" ms"));
 
     auto *grid = new QGridLayout(form);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -188,10 +167,44 @@ QWidget *TransmitPanel::makeForm()
     last->addWidget(m_period);
     last->addWidget(m_sendCyclically);
     last->addStretch();
+    last->addWidget(m_build);
     last->addWidget(m_send);
     grid->addLayout(last, 3, 1);
     grid->setRowStretch(4, 1);
     return form;
+}
+
+void TransmitPanel::makeFrameFields(QWidget *form)
+{
+    m_identifier = named(new QLineEdit(QStringLiteral("123"), form), QStringLiteral("edtIdentifier"),
+                         tr("Identifier in hexadecimal, for example 123. Enter sends the frame."));
+    m_data = named(new QLineEdit(QStringLiteral("01 02 03 04"), form), QStringLiteral("edtData"),
+                   tr("Data bytes in hexadecimal, for example 01 A0 FF. Enter sends the frame."));
+    m_extended = named(new QCheckBox(tr("E&xtended"), form), QStringLiteral("cbExtended"),
+                       tr("Identifier of 29 bits instead of 11"));
+    m_remote = named(new QCheckBox(tr("&Remote"), form), QStringLiteral("cbRemote"),
+                     tr("Ask another node to send this identifier; carries no data, and does not exist in CAN FD"));
+    m_fd = named(new QCheckBox(tr("CA&N FD"), form), QStringLiteral("cbFd"), tr("Up to 64 data bytes"));
+    m_bitRateSwitch = named(new QCheckBox(tr("Bit rate s&witch"), form), QStringLiteral("cbBitRateSwitch"),
+                            tr("Send the data of the CAN FD frame at the higher bit rate"));
+    m_hint = named(new QLabel(form), QStringLiteral("lblTransmitHint"), QString());
+    m_hint->setWordWrap(true);
+}
+
+void TransmitPanel::makeSendControls(QWidget *form)
+{
+    m_period = named(new QDoubleSpinBox(form), QStringLiteral("sbPeriod"),
+                     tr("Time from one frame to the next, 0.1 ms to one hour"));
+    m_period->setRange(minPeriodMilliseconds, maxPeriodMilliseconds);
+    m_period->setDecimals(1);
+    m_period->setValue(usualPeriodMilliseconds);
+    m_period->setSuffix(tr(" ms"));
+    m_build = named(new QPushButton(tr("&Build..."), form), QStringLiteral("btnBuildMessage"),
+                    tr("Compose the frame bit by bit, or from a CANopen service"));
+    m_send = named(new QPushButton(tr("&Send once"), form), QStringLiteral("btnSend"), tr("Send the frame (Enter)"));
+    m_sendCyclically = named(new QPushButton(tr("Send c&yclically"), form), QStringLiteral("btnSendCyclically"),
+                             tr("Send the frame again and again. A running one of the same identifier takes over "
+                                "these data and this cycle."));
 }
 
 QWidget *TransmitPanel::makeCyclicList()
@@ -241,8 +254,9 @@ QWidget *TransmitPanel::makeCyclicList()
 
 void TransmitPanel::orderTabs()
 {
-    QWidget *const order[] = {m_identifier,     m_extended, m_remote,     m_data,   m_fd,     m_bitRateSwitch, m_period,
-                              m_sendCyclically, m_send,     m_cyclicView, m_toggle, m_remove, m_stopAll};
+    QWidget *const order[] = {m_identifier,    m_extended, m_remote,         m_data,   m_fd,
+                              m_bitRateSwitch, m_period,   m_sendCyclically, m_build,  m_send,
+                              m_cyclicView,    m_toggle,   m_remove,         m_stopAll};
     for (std::size_t i = 1; i < std::size(order); ++i)
         setTabOrder(order[i - 1], order[i]);
 }
@@ -269,6 +283,7 @@ void TransmitPanel::connectControls()
     }
     for (QCheckBox *box : {m_extended, m_remote, m_fd, m_bitRateSwitch})
         connect(box, &QCheckBox::toggled, this, &TransmitPanel::validate);
+    connect(m_build, &QPushButton::clicked, this, &TransmitPanel::buildRequested);
     connect(m_send, &QPushButton::clicked, this, &TransmitPanel::sendOnce);
     connect(m_sendCyclically, &QPushButton::clicked, this, &TransmitPanel::sendCyclically);
 
@@ -343,15 +358,19 @@ void TransmitPanel::updateCyclicControls()
     m_toggle->setText(row >= 0 && !m_cyclic->isSending(row) ? tr("Res&ume") : tr("St&op"));
 }
 
+void TransmitPanel::setInput(const FrameInput &input)
+{
+    m_identifier->setText(input.identifier);
+    m_extended->setChecked(input.extended);
+    m_remote->setChecked(input.remote);
+    m_fd->setChecked(input.fd);
+    m_bitRateSwitch->setChecked(input.bitRateSwitch);
+    m_data->setText(input.data);
+}
+
 void TransmitPanel::editRow(int row)
 {
-    const CAN::CanMessage message = m_cyclic->message(row);
-    m_identifier->setText(QString(FrameText::identifier(message)).remove(QLatin1Char('x')));
-    m_extended->setChecked(message.ext);
-    m_remote->setChecked(message.rtr);
-    m_fd->setChecked(message.fd);
-    m_bitRateSwitch->setChecked(message.brs);
-    m_data->setText(FrameText::data(message));
+    setInput(inputFor(m_cyclic->message(row)));
     m_period->setValue(static_cast<double>(m_cyclic->periodMicroseconds(row)) / microsecondsPerMillisecond);
     m_identifier->setFocus();
 }

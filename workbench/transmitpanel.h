@@ -28,22 +28,31 @@ public:
     /// What to say when an adapter refused a frame; empty for WriteOk. Pure.
     static QString refusalText(AbstractCanAdapter::WriteResult result);
 
+    /// What stands in the fields and counts, right or wrong.
+    FrameInput input() const;
+    void setInput(const FrameInput &input);
+
 public slots:
     /// The adapter that frames go out through and its scheduler, null while there is none.
     void setConnection(AbstractCanAdapter *adapter, CanScheduler *scheduler);
     void sendOnce();
     void sendCyclically();
 
+signals:
+    /// The user wants help with composing the frame.
+    void buildRequested();
+
 protected:
     void changeEvent(QEvent *event) override;
 
 private:
     QWidget *makeForm();
+    void makeFrameFields(QWidget *form);
+    void makeSendControls(QWidget *form);
     QWidget *makeCyclicList();
     void orderTabs();
     void takeFont();
     void connectControls();
-    FrameInput input() const;
     /// Enables what makes sense together, and says what is wrong.
     void validate();
     void showHint(const QString &text, bool isError);
@@ -62,6 +71,7 @@ private:
     QCheckBox *m_fd;
     QCheckBox *m_bitRateSwitch;
     QDoubleSpinBox *m_period;
+    QPushButton *m_build;
     QPushButton *m_send;
     QPushButton *m_sendCyclically;
     QLabel *m_hint;

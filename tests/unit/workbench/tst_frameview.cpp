@@ -1,8 +1,11 @@
 #include "datachunkhandler.h"
 #include "framecolumn.h"
+#include "framemarks.h"
 #include "frameview.h"
 #include "identifiermodel.h"
+#include "markcolor.h"
 #include "messages.h"
+#include "messagetemplate.h"
 #include "tracemodel.h"
 
 #include <QApplication>
@@ -53,6 +56,7 @@ private slots:
     void dragSelectsRows();
     void columnsFollowTheFont();
     void toolTipOfACutTextShowsAllOfIt();
+    void markedRowHasItsColourAcrossTheView();
     void mostRowsOfAllWork();
     void viewWithoutModelPaints();
 
@@ -264,6 +268,28 @@ void TestFrameView::toolTipOfACutTextShowsAllOfIt()
     QVERIFY(QApplication::sendEvent(m_view->viewport(), &help));
     QTRY_COMPARE_WITH_TIMEOUT(QToolTip::text(), index.data().toString(), 5000);
     QToolTip::hideText();
+}
+
+void TestFrameView::markedRowHasItsColourAcrossTheView()
+{
+    FrameMarks marks;
+    m_model->setMarks(&marks);
+    append(3);
+    marks.add(MessageTemplate::forIdentifier(dataFrame(2)));
+    // Between two cells, where no text stands.
+    const auto ground = [this](int row) {
+        const QRect rect = m_view->visualRect(m_model->index(row, TraceModel::DataColumn));
+        return m_view->viewport()->grab().toImage().pixelColor(rect.left() + 1, rect.center().y());
+    };
+    const QColor color = markColor(m_view->palette(), marks.colorAt(0));
+    QCOMPARE(ground(1), color);
+    QVERIFY(ground(0) != color);
+    QVERIFY(ground(2) != color);
+    m_view->selectionModel()->select(m_model->index(1, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    QVERIFY(ground(1) != color); // a selection is seen on marked rows too
+    m_view->clearSelection();
+    marks.clear();
+    QVERIFY(ground(1) != color);
 }
 
 void TestFrameView::mostRowsOfAllWork()

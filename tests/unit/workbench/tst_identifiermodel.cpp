@@ -1,7 +1,9 @@
 #include "datachunkhandler.h"
 #include "framecolumn.h"
+#include "framemarks.h"
 #include "identifiermodel.h"
 #include "messages.h"
+#include "messagetemplate.h"
 
 #include <QAbstractItemModelTester>
 #include <QItemSelectionModel>
@@ -23,6 +25,8 @@ private slots:
     void resetStartsAgain();
     void cycleTimeHasItsExtremesAsToolTip();
     void storeThatIsGoneLeavesNoRows();
+    void rowTellsTheColourOfItsLastFrame();
+    void rowGivesItsLastFrame();
     void everyColumnHasAHeader();
 
 private:
@@ -172,6 +176,34 @@ void TestIdentifierModel::storeThatIsGoneLeavesNoRows()
     store.reset();
     model.refresh();
     QCOMPARE(model.rowCount(), 0);
+}
+
+void TestIdentifierModel::rowTellsTheColourOfItsLastFrame()
+{
+    DatachunkHandler store;
+    FrameMarks marks;
+    IdentifierModel model(&store);
+    model.setMarks(&marks);
+    marks.add(MessageTemplate::fromFrame(dataFrame(0x701, "05")));
+    store.appendCanMessage(at(0, dataFrame(0x701, "05")));
+    model.refresh();
+    QCOMPARE(model.index(0, 0).data(FrameRoles::MarkRole).toInt(), marks.colorAt(0));
+    store.appendCanMessage(at(1, dataFrame(0x701, "7F")));
+    model.refresh();
+    QCOMPARE(model.index(0, 0).data(FrameRoles::MarkRole).toInt(), -1);
+    const QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    marks.clear();
+    QCOMPARE(changed.count(), 1);
+}
+
+void TestIdentifierModel::rowGivesItsLastFrame()
+{
+    DatachunkHandler store;
+    IdentifierModel model(&store);
+    store.appendCanMessage(at(0, dataFrame(0x701, "05")));
+    store.appendCanMessage(at(1, dataFrame(0x701, "7F")));
+    model.refresh();
+    QVERIFY(model.index(0, 0).data(FrameRoles::FrameRole).value<CAN::CanRxMessage>().message == dataFrame(0x701, "7F"));
 }
 
 void TestIdentifierModel::everyColumnHasAHeader()

@@ -1,5 +1,7 @@
+#include "canopenmessagebuilderdialog.h"
 #include "emptystate.h"
 #include "fakeadapter.h"
+#include "framemarks.h"
 #include "frameview.h"
 #include "mainwindow.h"
 #include "messageboxes.h"
@@ -37,6 +39,11 @@ private slots:
     void lossesAreHighlighted();
     void stallsStandInTheToolTip();
     void transmitPanelFollowsTheConnection();
+    void buildMessageFillsThePanel();
+    void identifierOfTheCurrentFrameIsMarked();
+    void withoutCurrentFrameMarkingSaysWhatToDo();
+    void markStartsFromTheCurrentFrame();
+    void marksAreRememberedWhenAskedFor();
     void clearTraceEmptiesBothViews();
     void recordMenuListsTheInterfaces();
     void timeMenuSwitchesTheColumn();
@@ -59,6 +66,18 @@ private:
     }
     QAction *action(const char *name) const { return m_window->findChild<QAction *>(QString::fromLatin1(name)); }
     QLabel *label(const char *name) const { return m_window->findChild<QLabel *>(QString::fromLatin1(name)); }
+    /// Frames that show in both views.
+    void receive(const std::vector<CAN::CanMessage> &frames)
+    {
+        FakeAdapter *adapter = addAdapter("A");
+        action("actionConnect")->trigger();
+        FakeAdapter::onReceiveThread([&] {
+            for (const CAN::CanMessage &frame : frames)
+                adapter->receive(at(0, frame));
+        });
+        QTRY_COMPARE_WITH_TIMEOUT(rows(m_window->tracePage()), int(frames.size()), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(rows(m_window->identifierPage()) > 0, 5000);
+    }
     int rows(const TracePage *page) const { return page->view()->model()->rowCount(); }
 
     std::unique_ptr<MainWindow> m_window;
@@ -192,6 +211,61 @@ void TestMainWindow::transmitPanelFollowsTheConnection()
     QCOMPARE(adapter->calls(), QStringList{QStringLiteral("write 123#01020304")});
     action("actionDisconnect")->trigger();
     QVERIFY(!send->isEnabled());
+}
+
+void TestMainWindow::buildMessageFillsThePanel()
+{
+    action("actionBuildMessage")->trigger();
+    auto *dialog = m_window->findChild<CANopenMessageBuilderDialog *>(QStringLiteral("dlgBuildMessage"));
+    QVERIFY(dialog != nullptr);
+    dialog->findChild<QPushButton *>(QStringLiteral("btnBuild"))->click();
+    dialog->accept();
+    QCOMPARE(m_window->transmitPanel()->input().identifier, QStringLiteral("000"));
+    QCOMPARE(m_window->transmitPanel()->input().data, QStringLiteral("80 01"));
+}
+
+void TestMainWindow::identifierOfTheCurrentFrameIsMarked()
+{
+    receive({dataFrame(0x100), dataFrame(0x200)});
+    m_window->tracePage()->view()->setCurrentIndex(m_window->tracePage()->view()->model()->index(1, 3));
+    action("actionMarkIdentifier")->trigger();
+    QCOMPARE(m_window->marks()->count(), 1);
+    QCOMPARE(m_window->marks()->at(0).id.value, 0x200U);
+    QVERIFY(!m_window->findChild<QWidget *>(QStringLiteral("markBar"))->isHidden());
+    action("actionClearMarks")->trigger();
+    QCOMPARE(m_window->marks()->count(), 0);
+    QVERIFY(!action("actionClearMarks")->isEnabled());
+}
+
+void TestMainWindow::withoutCurrentFrameMarkingSaysWhatToDo()
+{
+    action("actionMarkIdentifier")->trigger();
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("Select a frame first."));
+    QCOMPARE(m_window->marks()->count(), 0);
+}
+
+void TestMainWindow::markStartsFromTheCurrentFrame()
+{
+    receive({dataFrame(0x100), dataFrame(0x200)});
+    m_window->showPage(m_window->identifierPage());
+    m_window->identifierPage()->view()->setCurrentIndex(m_window->identifierPage()->view()->model()->index(1, 0));
+    action("actionMark")->trigger();
+    auto *dialog = m_window->findChild<CANopenMessageBuilderDialog *>(QStringLiteral("dlgMarkFrames"));
+    CANRAW::CanRawCompareMessage message;
+    QVERIFY(dialog->getMessage(message));
+    QCOMPARE(message.id.value, 0x200U);
+}
+
+void TestMainWindow::marksAreRememberedWhenAskedFor()
+{
+    const SettingsHome home;
+    m_window->useSettings();
+    QTest::ignoreMessage(QtDebugMsg, QRegularExpression(QStringLiteral("Failed to remove")));
+    m_window->marks()->add(CANRAW::CanRawCompareMessage());
+    MainWindow again;
+    QCOMPARE(again.marks()->count(), 0);
+    again.useSettings();
+    QCOMPARE(again.marks()->count(), 1);
 }
 
 void TestMainWindow::clearTraceEmptiesBothViews()

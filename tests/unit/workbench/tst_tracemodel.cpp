@@ -1,6 +1,8 @@
 #include "datachunkhandler.h"
 #include "framecolumn.h"
+#include "framemarks.h"
 #include "messages.h"
+#include "messagetemplate.h"
 #include "tracemodel.h"
 
 #include <QAbstractItemModelTester>
@@ -35,6 +37,9 @@ private slots:
     void resetFindsATraceThatGrewAgain();
     void storeThatIsGoneLeavesEmptyCells();
     void errorFramesAreMarked();
+    void rowTellsTheColourOfItsMark();
+    void changeOfTheMarksIsAnnounced();
+    void rowGivesItsFrame();
     void clipboardHoldsTheLine();
     void everyColumnHasAHeader();
 
@@ -250,6 +255,49 @@ void TestTraceModel::errorFramesAreMarked()
     QVERIFY(model.index(0, 0).data(FrameRoles::ErrorRole).toBool());
     QVERIFY(!model.index(1, 0).data(FrameRoles::ErrorRole).toBool());
     QCOMPARE(cell(model, 0, TraceModel::IdentifierColumn), QString());
+}
+
+void TestTraceModel::rowTellsTheColourOfItsMark()
+{
+    DatachunkHandler store;
+    FrameMarks marks;
+    TraceModel model(&store);
+    store.appendCanMessage(at(0, dataFrame(1)));
+    store.appendCanMessage(at(0, dataFrame(2)));
+    model.refresh();
+    QCOMPARE(model.index(1, 0).data(FrameRoles::MarkRole).toInt(), -1);
+    model.setMarks(&marks);
+    marks.add(MessageTemplate::forIdentifier(dataFrame(2)));
+    QCOMPARE(model.index(0, TraceModel::DataColumn).data(FrameRoles::MarkRole).toInt(), -1);
+    QCOMPARE(model.index(1, TraceModel::DataColumn).data(FrameRoles::MarkRole).toInt(), marks.colorAt(0));
+}
+
+void TestTraceModel::changeOfTheMarksIsAnnounced()
+{
+    DatachunkHandler store;
+    FrameMarks marks;
+    TraceModel model(&store);
+    model.setMarks(&marks);
+    const QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    marks.add(MessageTemplate::forEveryFrame());
+    QCOMPARE(changed.count(), 0); // there is no row yet
+    store.appendCanMessage(at(0, dataFrame(1)));
+    store.appendCanMessage(at(0, dataFrame(2)));
+    model.refresh();
+    marks.clear();
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.first().at(0).toModelIndex(), model.index(0, 0));
+    QCOMPARE(changed.first().at(1).toModelIndex(), model.index(1, TraceModel::ColumnCount - 1));
+}
+
+void TestTraceModel::rowGivesItsFrame()
+{
+    DatachunkHandler store;
+    TraceModel model(&store);
+    const CAN::CanRxMessage frame = at(5, dataFrame(0x123, "0102"));
+    store.appendCanMessage(frame);
+    model.refresh();
+    QVERIFY(model.index(0, 3).data(FrameRoles::FrameRole).value<CAN::CanRxMessage>().message == frame.message);
 }
 
 void TestTraceModel::clipboardHoldsTheLine()

@@ -279,7 +279,7 @@ void TestTransmitPanel::everyControlHasAToolTip()
         QVERIFY2(!widget->toolTip().isEmpty(), qPrintable(widget->objectName()));
     };
     const auto buttons = m_panel->findChildren<QPushButton *>();
-    QCOMPARE(buttons.size(), 5);
+    QCOMPARE(buttons.size(), 6);
     for (const QPushButton *button : buttons)
         check(button);
     const auto boxes = m_panel->findChildren<QCheckBox *>();
