@@ -4,6 +4,7 @@
 #include "qhexeditprivate.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QImage>
 #include <QKeyEvent>
 #include <QtTest>
@@ -15,6 +16,16 @@ inline QByteArray countingBytes(int count)
     for (int i = 0; i < count; ++i)
         bytes[i] = char(i);
     return bytes;
+}
+
+inline QString clipboard()
+{
+    return QApplication::clipboard()->text();
+}
+
+inline void setClipboard(const char *text)
+{
+    QApplication::clipboard()->setText(QLatin1String(text));
 }
 
 /// An editor on the screen with the focus, and what a user does to it.
