@@ -50,8 +50,9 @@ void ArrayCommand::redo()
 
 void ArrayCommand::remember()
 {
-    m_oldData = m_xData->data().mid(m_position, m_length);
+    // Flags there are for what lies within the bytes; mid() would give a meaning of its own to negative numbers.
     m_wasChanged = m_xData->dataChanged(m_position, m_length);
+    m_oldData = m_wasChanged.isEmpty() ? QByteArray() : m_xData->data().mid(m_position, m_wasChanged.size());
 }
 
 void ArrayCommand::putBack()

@@ -13,17 +13,16 @@ CharCommand::CharCommand(XByteArray *xData, Cmd cmd, int position, char newChar,
 
 void CharCommand::undo()
 {
-    switch (m_cmd) {
-    case insert:
+    if (m_cmd == insert) {
         m_xData->remove(m_position, 1);
         return;
-    case remove:
-        m_xData->insert(m_position, m_oldChar);
-        break;
-    case replace:
-        m_xData->replace(m_position, m_oldChar);
-        break;
     }
+    if (!m_hasOld)
+        return;
+    if (m_cmd == remove)
+        m_xData->insert(m_position, m_oldChar);
+    else
+        m_xData->replace(m_position, m_oldChar);
     m_xData->setDataChanged(m_position, m_wasChanged);
 }
 
@@ -63,6 +62,8 @@ bool CharCommand::mergeWith(const QUndoCommand *other)
 void CharCommand::remember()
 {
     const QByteArray &data = m_xData->data();
-    m_oldChar = m_position >= 0 && m_position < data.size() ? data.at(m_position) : '\0';
+    m_hasOld = m_position >= 0 && m_position < data.size();
+    if (m_hasOld)
+        m_oldChar = data.at(m_position);
     m_wasChanged = m_xData->dataChanged(m_position);
 }

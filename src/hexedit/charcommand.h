@@ -32,4 +32,5 @@ private:
     char m_newChar;
     char m_oldChar = 0;
     Cmd m_cmd;
+    bool m_hasOld = false; // there was a byte to remove or replace
 };

@@ -46,9 +46,10 @@ int XByteArray::bytesEnabled() const
 void XByteArray::setBytesEnabled(int count)
 {
     m_bytesEnabled = count;
-    const int missing = qMin(count, mostBytes) - m_data.size();
-    if (missing <= 0)
+    const int wanted = qMin(count, mostBytes);
+    if (wanted <= m_data.size())
         return;
+    const int missing = wanted - m_data.size();
     m_data.append(missing, 0);
     m_changedFlags.append(missing, 0);
 }
@@ -117,8 +118,10 @@ void XByteArray::insert(int position, QByteArray const &bytes)
 {
     if (!contains(position) && position != m_data.size())
         return;
+    // Counted before they may grow: they can be our own.
+    const int count = bytes.size();
     m_data.insert(position, bytes);
-    m_changedFlags.insert(position, bytes.size(), 1);
+    m_changedFlags.insert(position, count, 1);
 }
 
 void XByteArray::remove(int position, int length)
@@ -147,9 +150,10 @@ void XByteArray::replace(int position, int length, QByteArray const &bytes)
     if (!contains(position))
         return;
     const int replaced = available(m_data, position, length);
-    const int put = qMin(replaced, bytes.size());
-    m_data.replace(position, replaced, bytes.constData(), put);
-    m_changedFlags.replace(position, replaced, QByteArray(put, 1));
+    // Held apart from what changes: they can be our own.
+    const QByteArray put = bytes.left(replaced);
+    m_data.replace(position, replaced, put);
+    m_changedFlags.replace(position, replaced, QByteArray(put.size(), 1));
 }
 
 QChar XByteArray::asciiChar(int position)

@@ -8,12 +8,15 @@
 
 /// The bytes of an editor, each with a flag that tells whether it changed since they were loaded.
 ///
-/// Positions are byte indexes from 0. An operation on a position outside the bytes changes nothing, and a count of
-/// bytes that passes their end means those up to the end. The number of bytes shown may be smaller than the number
+/// Positions are byte indexes from 0. An operation on a position outside the bytes changes nothing, but that inserting
+/// also works right behind the last one; a count of bytes that passes their end means those up to the end. The number of bytes shown may be smaller than the number
 /// held: size() tells the former, the length of data() the latter, and the hidden bytes come back when more are shown.
 class KESTRUNE_EXPORT XByteArray
 {
 public:
+    /// How many bytes an editor shows and may grow to when nothing else is said.
+    static constexpr int mostBytes = 16777215;
+
     XByteArray() = default;
 
     /// All bytes, also the hidden ones. Whoever writes through the reference keeps the length.
@@ -28,8 +31,8 @@ public:
     /// Existing bytes are not cut.
     void setMaximumSize(int size);
     int bytesEnabled() const;
-    /// Number of bytes to show. Missing ones are added as unchanged zeros, up to the 16777215 that an editor shows when
-    /// nothing else is said; more than that only data brings along.
+    /// Number of bytes to show. Missing ones are added as unchanged zeros, up to mostBytes; more than that only data
+    /// brings along.
     void setBytesEnabled(int count);
 
     int addressOffset();
@@ -63,8 +66,6 @@ public:
 
 private:
     bool contains(int position) const;
-
-    static constexpr int mostBytes = 16777215;
 
     QByteArray m_data;
     QByteArray m_changedFlags; // as long as m_data

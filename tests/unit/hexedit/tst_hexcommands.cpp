@@ -38,6 +38,8 @@ private slots:
     void arrayCommandIsDoneAndTakenBack();
     void commandOutsideTheBytesDoesNothing_data();
     void commandOutsideTheBytesDoesNothing();
+    void negativeLengthDoesNothing_data();
+    void negativeLengthDoesNothing();
     void onlyByteCommandsHaveAnId();
     void byteCommandsMerge_data();
     void byteCommandsMerge();
@@ -116,25 +118,49 @@ void TestHexCommands::commandOutsideTheBytesDoesNothing_data()
 {
     QTest::addColumn<int>("position");
     QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("length");
 
     for (int kind = 0; kind < 3; ++kind) {
-        QTest::addRow("%d before the first", kind) << -3 << kind;
-        QTest::addRow("%d behind the last", kind) << 5 << kind;
+        QTest::addRow("%d before the first", kind) << -3 << kind << 3;
+        QTest::addRow("%d before the first and beyond the end", kind) << -3 << kind << 10;
+        QTest::addRow("%d behind the last", kind) << 5 << kind << 3;
     }
+    for (const int kind : {1, 2})
+        QTest::addRow("%d right behind the last", kind) << 4 << kind << 3;
 }
 
 void TestHexCommands::commandOutsideTheBytesDoesNothing()
 {
     QFETCH(int, position);
     QFETCH(int, kind);
+    QFETCH(int, length);
     XByteArray array = halfChanged();
     CharCommand byte(&array, CharCommand::Cmd(kind), position, 'x');
-    ArrayCommand bytes(&array, ArrayCommand::Cmd(kind), position, "xyz", 3);
+    ArrayCommand bytes(&array, ArrayCommand::Cmd(kind), position, "xyz", length);
     byte.redo();
     bytes.redo();
     QCOMPARE(state(array), QByteArray("abcd 0110"));
     bytes.undo();
     byte.undo();
+    QCOMPARE(state(array), QByteArray("abcd 0110"));
+}
+
+void TestHexCommands::negativeLengthDoesNothing_data()
+{
+    QTest::addColumn<ArrayCommand::Cmd>("cmd");
+
+    QTest::newRow("remove") << ArrayCommand::remove;
+    QTest::newRow("replace") << ArrayCommand::replace;
+}
+
+void TestHexCommands::negativeLengthDoesNothing()
+{
+    QFETCH(ArrayCommand::Cmd, cmd);
+    XByteArray array = halfChanged();
+    ArrayCommand command(&array, cmd, 1, "xyz", -1);
+    command.redo();
+    QCOMPARE(state(array), QByteArray("abcd 0110"));
+    command.undo();
     QCOMPARE(state(array), QByteArray("abcd 0110"));
 }
 

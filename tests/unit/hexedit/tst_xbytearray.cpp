@@ -43,6 +43,9 @@ private slots:
     void replacingByFewerShortens();
     void flagsAreWrittenInPlace();
     void flagsBeyondTheEndAreDropped();
+    void flagOfOneByteIsSetAndCleared();
+    void ownBytesAreInserted();
+    void ownBytesReplaceFewer();
     void characterIsADotUnlessPrintable_data();
     void characterIsADotUnlessPrintable();
     void positionOutsideChangesNothing_data();
@@ -100,9 +103,11 @@ void TestXByteArray::negativeCountShowsNothing()
 {
     XByteArray array;
     array.setData("abc");
-    array.setBytesEnabled(-5);
-    QCOMPARE(array.size(), 0);
-    QCOMPARE(array.data(), QByteArray("abc"));
+    for (const int count : {-5, smallest}) {
+        array.setBytesEnabled(count);
+        QCOMPARE(array.size(), 0);
+        QCOMPARE(array.data(), QByteArray("abc"));
+    }
 }
 
 void TestXByteArray::hugeCountAddsNoMoreThanAnEditorShows()
@@ -359,6 +364,35 @@ void TestXByteArray::dumpAddressesWrapAt32Bits()
     array.setData("a");
     array.setAddressOffset(-1);
     QCOMPARE(array.toRedableString(0, -1).simplified(), QStringLiteral("ffffffff 61 a"));
+}
+
+void TestXByteArray::flagOfOneByteIsSetAndCleared()
+{
+    XByteArray array;
+    array.setData("abc");
+    array.replace(0, QByteArray("xyz"));
+    array.setDataChanged(1, false);
+    QCOMPARE(flags(array), QStringLiteral("101"));
+    array.setDataChanged(1, true);
+    QCOMPARE(flags(array), QStringLiteral("111"));
+}
+
+void TestXByteArray::ownBytesAreInserted()
+{
+    XByteArray array;
+    array.setData("abcd");
+    array.insert(0, array.data());
+    QCOMPARE(array.data(), QByteArray("abcdabcd"));
+    QCOMPARE(array.dataChanged(0, 100), QByteArray("\1\1\1\1\0\0\0\0", 8));
+}
+
+void TestXByteArray::ownBytesReplaceFewer()
+{
+    XByteArray array;
+    array.setData("abcd");
+    array.replace(1, 3, array.data());
+    QCOMPARE(array.data(), QByteArray("aabc"));
+    QCOMPARE(flags(array), QStringLiteral("0111"));
 }
 
 QTEST_GUILESS_MAIN(TestXByteArray)
