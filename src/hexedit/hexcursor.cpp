@@ -1,19 +1,10 @@
 // Cursor, selection, and the search, which moves both.
 
 #include "hexgeometry.h"
+#include "hexnumbers.h"
 #include "qhexeditprivate.h"
 
 #include <QScrollArea>
-
-#include <limits>
-
-namespace {
-/// The nibble position of a byte; what no array can be long enough for is the largest number.
-int nibble(qint64 index)
-{
-    return int(qMin<qint64>(2 * index, std::numeric_limits<int>::max()));
-}
-} // namespace
 
 int QHexEditPrivate::indexOf(QByteArray const &ba, int from)
 {
@@ -21,9 +12,9 @@ int QHexEditPrivate::indexOf(QByteArray const &ba, int from)
     const int found = data.indexOf(ba, qMax(0, qMin(from, data.size() - 1)));
     if (found < 0)
         return found;
-    const int end = nibble(qint64(found) + ba.size());
+    const int end = HexEdit::nibble(qint64(found) + ba.size());
     setCursorPos(end);
-    resetSelection(nibble(found));
+    resetSelection(HexEdit::nibble(found));
     setSelection(end);
     ensureVisible();
     return found;
@@ -35,9 +26,9 @@ int QHexEditPrivate::lastIndexOf(QByteArray const &ba, int from)
     const int found = data.lastIndexOf(ba, int(qBound<qint64>(0, qint64(from) - ba.size(), data.size())));
     if (found < 0)
         return found;
-    setCursorPos(nibble(found));
-    resetSelection(nibble(found));
-    setSelection(nibble(qint64(found) + ba.size()));
+    setCursorPos(HexEdit::nibble(found));
+    resetSelection(HexEdit::nibble(found));
+    setSelection(HexEdit::nibble(qint64(found) + ba.size()));
     ensureVisible();
     return found;
 }
@@ -66,9 +57,9 @@ int QHexEditPrivate::cursorPos()
 
 int QHexEditPrivate::cursorPos(QPoint point)
 {
-    const HexHit hit = m_geometry->hit(point, m_asciiArea);
-    if (hit.area != HexHit::Area::None)
-        m_asciiCursor = hit.area == HexHit::Area::Ascii;
+    const HexEdit::Hit hit = m_geometry->hit(point, m_asciiArea);
+    if (hit.area != HexEdit::Hit::Area::None)
+        m_asciiCursor = hit.area == HexEdit::Hit::Area::Ascii;
     return hit.position;
 }
 
@@ -115,7 +106,7 @@ void QHexEditPrivate::updateCursor()
 
 int QHexEditPrivate::endPosition()
 {
-    return nibble(m_xData.size());
+    return HexEdit::nibble(m_xData.size());
 }
 
 int QHexEditPrivate::byteUnderCursor() const

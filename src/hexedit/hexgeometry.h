@@ -4,8 +4,9 @@
 #include <QRect>
 #include <QSize>
 
+namespace HexEdit {
 /// What lies at a point.
-struct HexHit
+struct Hit
 {
     enum class Area { None, Hex, Ascii };
 
@@ -13,16 +14,16 @@ struct HexHit
     Area area = Area::None;
 };
 
-/// The bytes of whole lines, `last` not among them.
-struct ByteRange
+/// Bytes or columns, `last` not among them.
+struct Range
 {
     int first = 0;
     int last = 0;
 };
 
 /// Where an editor draws its bytes: addresses, two digits for each byte, characters. All in pixels and characters of
-/// one size; what no widget can be large enough for is cut to what an int holds.
-struct HexGeometry
+/// one size; what no widget can be large enough for is cut to what can still be added to.
+struct Geometry
 {
     /// Numbers below 1 are ignored, and those of more bytes than an editor shows.
     void setBytesPerLine(int count);
@@ -35,17 +36,18 @@ struct HexGeometry
     QSize minimumSize(int bytes, bool asciiArea) const;
     /// Top left of a nibble's cell.
     QPoint cell(int position, bool ascii) const;
-    HexHit hit(QPoint point, bool asciiArea) const;
+    Hit hit(QPoint point, bool asciiArea) const;
     /// The byte of a cell, by its top left.
     int byteAt(QPoint cell, bool ascii) const;
-    /// The bytes to paint for a rectangle, of `size` that there are.
-    ByteRange bytesIn(const QRect &rect, int size) const;
+    /// The bytes of the lines to paint for a rectangle, of `size` that there are.
+    Range bytesIn(const QRect &rect, int size) const;
+    /// The columns to paint for a rectangle: those of which the digits or the character, the gap behind them or what
+    /// may hang over reach into it.
+    Range columnsIn(const QRect &rect, bool ascii) const;
     /// Left edge of a byte's digits or of its character.
     int left(int index, bool ascii) const;
     /// Baseline of a byte's line.
     int baseline(int index) const;
-    /// Whether a byte with the gap behind it, and what may hang over, reaches into the rectangle's columns.
-    bool isAcross(const QRect &rect, int left) const;
 
     int charWidth = 1;
     int charHeight = 1;
@@ -55,3 +57,4 @@ struct HexGeometry
     int bytesPerLine = 16;
     int hexCharsInLine = 47;
 };
+} // namespace HexEdit

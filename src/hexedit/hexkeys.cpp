@@ -1,15 +1,14 @@
 // What keys do. Several tests can act on one event, in the order in which they stand here.
 
+#include "hexgeometry.h"
+#include "hexnumbers.h"
 #include "hextext.h"
 #include "qhexeditprivate.h"
-#include "hexgeometry.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QKeyEvent>
 #include <QScrollArea>
-
-#include <limits>
 
 namespace {
 /// Where the cursor stands and how far it goes, in nibbles.
@@ -58,11 +57,6 @@ constexpr Step steps[] = {
     {QKeySequence::SelectStartOfDocument, Movement::Select, [](const Reach &) { return qint64(0); }},
 };
 
-int toPosition(qint64 nibble)
-{
-    return int(qBound<qint64>(std::numeric_limits<int>::min(), nibble, std::numeric_limits<int>::max()));
-}
-
 bool isPlain(const QKeyEvent &event, Qt::Key key)
 {
     return event.key() == key && event.modifiers() == Qt::NoModifier;
@@ -93,7 +87,7 @@ void QHexEditPrivate::moveCursor(QKeyEvent *event)
         if (!event->matches(step.key))
             continue;
         const int character = m_asciiCursor ? 2 : 1;
-        const int position = toPosition(
+        const int position = HexEdit::toInt(
             step.target({m_cursorPosition, endPosition(), character, line, line * linesInPage}));
         switch (step.movement) {
         case Movement::Move:
@@ -173,7 +167,7 @@ void QHexEditPrivate::paste()
 {
     QByteArray bytes = QByteArray::fromHex(QApplication::clipboard()->text().toLatin1());
     insert(m_cursorPosition / 2, bytes);
-    setCursorPos(toPosition(m_cursorPosition + qint64(2) * bytes.size()));
+    setCursorPos(HexEdit::toInt(m_cursorPosition + qint64(2) * bytes.size()));
     resetSelection(m_selectionBegin);
 }
 

@@ -1,4 +1,4 @@
-// What the editor looks like. Painting costs by the lines of the event's rectangle, not by the bytes held.
+// What the editor looks like. Painting costs by the lines and columns of the event's rectangle, not by the bytes held.
 
 #include "hexgeometry.h"
 #include "hextext.h"
@@ -7,8 +7,7 @@
 #include <QPaintEvent>
 #include <QPainter>
 
-/// The colours of a byte.
-struct HexLook
+struct QHexEditPrivate::Look
 {
     QColor background; ///< invalid for none
     QColor text;
@@ -21,6 +20,21 @@ struct HexLook
             painter.setBackground(background);
     }
 };
+
+namespace {
+/// Calls `paint` with the index of each byte to paint for a rectangle, of `size` that there are.
+template <typename Paint>
+void forBytesIn(const HexEdit::Geometry &geometry, const QRect &rect, bool ascii, int size, Paint paint)
+{
+    const HexEdit::Range bytes = geometry.bytesIn(rect, size);
+    const HexEdit::Range columns = geometry.columnsIn(rect, ascii);
+    for (qint64 line = bytes.first; line < bytes.last; line += geometry.bytesPerLine) {
+        const qint64 last = qMin<qint64>(line + columns.last, bytes.last);
+        for (qint64 index = line + columns.first; index < last; ++index)
+            paint(int(index));
+    }
+}
+} // namespace
 
 void QHexEditPrivate::paintEvent(QPaintEvent *event)
 {
@@ -44,7 +58,7 @@ void QHexEditPrivate::paintEvent(QPaintEvent *event)
 void QHexEditPrivate::paintBackground(QPainter &painter, const QRect &rect)
 {
     painter.fillRect(rect, palette().color(QPalette::Base));
-    const int x = HexGeometry::xPosAddress;
+    const int x = HexEdit::Geometry::xPosAddress;
     if (m_addressArea)
         painter.fillRect(QRect(x, rect.top(), m_geometry->xPosHex - 8, height()), m_addressAreaColor);
     else
@@ -59,43 +73,36 @@ void QHexEditPrivate::paintBackground(QPainter &painter, const QRect &rect)
 
 void QHexEditPrivate::paintAddresses(QPainter &painter, const QRect &rect)
 {
-    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
+    const HexEdit::Range bytes = m_geometry->bytesIn(rect, m_xData.size());
     const int digits = m_xData.realAddressNumbers();
     for (qint64 index = bytes.first; index < bytes.last; index += m_geometry->bytesPerLine) {
-        painter.drawText(HexGeometry::xPosAddress, m_geometry->baseline(int(index)),
+        painter.drawText(HexEdit::Geometry::xPosAddress, m_geometry->baseline(int(index)),
                          addressText(m_xData.addressOffset(), int(index), digits));
     }
 }
 
 void QHexEditPrivate::paintHexArea(QPainter &painter, const QRect &rect)
 {
-    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
     const QByteArray &data = m_xData.data();
-    for (int index = bytes.first; index < bytes.last; ++index) {
+    forBytesIn(*m_geometry, rect, false, m_xData.size(), [&](int index) {
         const int x = m_geometry->left(index, false);
-        if (!m_geometry->isAcross(rect, x))
-            continue;
         const int y = m_geometry->baseline(index);
-        const HexLook look = hexLook(index);
+        const Look look = hexLook(index);
         look.applyTo(painter);
         painter.drawText(x, y, hexDigits(data.at(index)));
         // The gap belongs to the byte in selections and changes, which run on, but not in the bits; a blank without
         // background is nothing to draw.
         if (look.background.isValid() && !m_considerationEnabled)
             painter.drawText(x + 2 * m_geometry->charWidth, y, QStringLiteral(" "));
-    }
+    });
 }
 
 void QHexEditPrivate::paintAsciiArea(QPainter &painter, const QRect &rect)
 {
-    const ByteRange bytes = m_geometry->bytesIn(rect, m_xData.size());
-    for (int index = bytes.first; index < bytes.last; ++index) {
-        const int x = m_geometry->left(index, true);
-        if (!m_geometry->isAcross(rect, x))
-            continue;
+    forBytesIn(*m_geometry, rect, true, m_xData.size(), [&](int index) {
         asciiLook(index).applyTo(painter);
-        painter.drawText(x, m_geometry->baseline(index), m_xData.asciiChar(index));
-    }
+        painter.drawText(m_geometry->left(index, true), m_geometry->baseline(index), m_xData.asciiChar(index));
+    });
 }
 
 void QHexEditPrivate::paintCursor(QPainter &painter)
@@ -108,7 +115,7 @@ void QHexEditPrivate::paintCursor(QPainter &painter)
     painter.fillRect(bar, palette().color(QPalette::WindowText));
 }
 
-HexLook QHexEditPrivate::hexLook(int index)
+QHexEditPrivate::Look QHexEditPrivate::hexLook(int index)
 {
     if (m_considerationEnabled && isConsidered(index))
         return {m_considerColor, QColor(0, 0, 0)};
@@ -121,17 +128,17 @@ HexLook QHexEditPrivate::hexLook(int index)
     return plainLook();
 }
 
-HexLook QHexEditPrivate::asciiLook(int index) const
+QHexEditPrivate::Look QHexEditPrivate::asciiLook(int index) const
 {
     return isSelected(index) ? selectedLook() : plainLook();
 }
 
-HexLook QHexEditPrivate::selectedLook() const
+QHexEditPrivate::Look QHexEditPrivate::selectedLook() const
 {
     return {m_selectionColor, Qt::white};
 }
 
-HexLook QHexEditPrivate::plainLook() const
+QHexEditPrivate::Look QHexEditPrivate::plainLook() const
 {
     return {QColor(), palette().color(QPalette::WindowText)};
 }

@@ -1,10 +1,9 @@
 #include "qhexedit.h"
 
+#include "hexnumbers.h"
 #include "qhexeditprivate.h"
 
 #include <QScrollBar>
-
-#include <limits>
 
 QHexEdit::QHexEdit(QWidget *parent)
     : QScrollArea(parent)
@@ -84,8 +83,7 @@ int QHexEdit::addressOffset()
 
 void QHexEdit::setCursorPosition(int cursorPos)
 {
-    constexpr int most = std::numeric_limits<int>::max() / 2;
-    m_private->setCursorPos(2 * qBound(-most, cursorPos, most));
+    m_private->setCursorPos(HexEdit::nibble(cursorPos));
 }
 
 int QHexEdit::cursorPosition()

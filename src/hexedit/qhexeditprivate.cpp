@@ -6,15 +6,14 @@
 #include <QScrollArea>
 
 namespace {
-constexpr int bitsAtStart = 16777215;
 constexpr int blinkInterval = 500; // ms
 } // namespace
 
 QHexEditPrivate::QHexEditPrivate(QScrollArea *parent)
     : QWidget(parent)
     , m_scrollArea(parent)
-    , m_geometry(std::make_unique<HexGeometry>())
-    , m_considerBits(bitsAtStart)
+    , m_geometry(std::make_unique<HexEdit::Geometry>())
+    , m_considerBits(XByteArray::mostBytes)
     , m_addressAreaColor(0xD4, 0xD4, 0xD4)
     , m_considerColor(0xFD, 0x9E, 0x3F)
     , m_highlightingColor(0xFF, 0xFF, 0x99)

@@ -13,8 +13,10 @@
 
 class QPainter;
 class QScrollArea;
-struct HexGeometry;
-struct HexLook;
+
+namespace HexEdit {
+struct Geometry;
+}
 
 /// The inside of a QHexEdit: keeps the bytes and their history, draws them, and takes keys and mouse.
 ///
@@ -123,6 +125,9 @@ protected:
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    /// The colours of a byte.
+    struct Look;
+
     bool holds(int index);
     bool isFull();
     void push(QUndoCommand *command);
@@ -148,16 +153,16 @@ private:
     void paintHexArea(QPainter &painter, const QRect &rect);
     void paintAsciiArea(QPainter &painter, const QRect &rect);
     void paintCursor(QPainter &painter);
-    HexLook hexLook(int index);
-    HexLook asciiLook(int index) const;
-    HexLook selectedLook() const;
-    HexLook plainLook() const;
+    Look hexLook(int index);
+    Look asciiLook(int index) const;
+    Look selectedLook() const;
+    Look plainLook() const;
     bool isSelected(int index) const;
 
     QScrollArea *m_scrollArea;
     XByteArray m_xData;
     QUndoStack m_undoStack;
-    std::unique_ptr<HexGeometry> m_geometry;
+    std::unique_ptr<HexEdit::Geometry> m_geometry;
     QTimer m_cursorTimer;
 
     int m_cursorPosition = 0;

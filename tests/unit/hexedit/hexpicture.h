@@ -2,6 +2,8 @@
 
 #include "hexeditor.h"
 
+#include <QPaintEvent>
+
 /// The picture of an editor whose colours are known, and how often a colour occurs somewhere in it.
 class Picture
 {
@@ -55,4 +57,22 @@ private:
 
     HexEditor &m_editor;
     QImage m_image;
+};
+
+/// What an editor painted since this was made.
+class PaintWatcher : public QObject
+{
+public:
+    explicit PaintWatcher(HexEditor &editor) { editor.view->installEventFilter(this); }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_painted += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+    QRegion painted() const { return m_painted; }
+
+private:
+    QRegion m_painted;
 };

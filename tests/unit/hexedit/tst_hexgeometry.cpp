@@ -5,15 +5,15 @@
 
 #include <limits>
 
-Q_DECLARE_METATYPE(HexHit::Area)
+Q_DECLARE_METATYPE(HexEdit::Hit::Area)
 
 namespace {
 constexpr int largest = std::numeric_limits<int>::max();
 
 /// Characters of 10 by 20 pixels and addresses of four digits: bytes from x = 50, characters from x = 536.
-HexGeometry geometry()
+HexEdit::Geometry geometry()
 {
-    HexGeometry result;
+    HexEdit::Geometry result;
     result.charWidth = 10;
     result.charHeight = 20;
     result.setAreas(4);
@@ -40,13 +40,16 @@ private slots:
     void cellTellsItsByte();
     void paintedBytesAreThoseOfTheRectangleAndTheMargin_data();
     void paintedBytesAreThoseOfTheRectangleAndTheMargin();
-    void bytesBesideTheRectangleAreLeftOut();
+    void paintedColumnsAreThoseOfTheRectangle_data();
+    void paintedColumnsAreThoseOfTheRectangle();
+    void paintedColumnsAreFewInALongLine();
     void extremeNumbersAreCut();
+    void extremePixelsCanBeAddedTo();
 };
 
 void TestHexGeometry::areasLieSideBySide()
 {
-    const HexGeometry areas = geometry();
+    const HexEdit::Geometry areas = geometry();
     QCOMPARE(areas.xPosAddress, 0);
     QCOMPARE(areas.xPosHex, 4 * 10 + 10);
     QCOMPARE(areas.xPosAscii, 50 + 47 * 10 + 16);
@@ -54,7 +57,7 @@ void TestHexGeometry::areasLieSideBySide()
 
 void TestHexGeometry::areasMoveUpWithoutAddresses()
 {
-    HexGeometry areas = geometry();
+    HexEdit::Geometry areas = geometry();
     areas.setAreas(0);
     QCOMPARE(areas.xPosHex, 0);
     QCOMPARE(areas.xPosAscii, 47 * 10 + 16);
@@ -84,7 +87,7 @@ void TestHexGeometry::widthHoldsTheLastArea()
 
 void TestHexGeometry::sizeIsWhatAWidgetCanBe()
 {
-    HexGeometry areas = geometry();
+    HexEdit::Geometry areas = geometry();
     areas.setBytesPerLine(16777215);
     areas.setAreas(4);
     QCOMPARE(areas.minimumSize(1, true).width(), QWIDGETSIZE_MAX);
@@ -94,7 +97,7 @@ void TestHexGeometry::sizeIsWhatAWidgetCanBe()
 
 void TestHexGeometry::numberOfBytesInALineIsPositive()
 {
-    HexGeometry areas = geometry();
+    HexEdit::Geometry areas = geometry();
     areas.setBytesPerLine(8);
     for (const int count : {0, -1, largest})
         areas.setBytesPerLine(count);
@@ -104,7 +107,7 @@ void TestHexGeometry::numberOfBytesInALineIsPositive()
 
 void TestHexGeometry::pointHitsANibble_data()
 {
-    using Area = HexHit::Area;
+    using Area = HexEdit::Hit::Area;
     QTest::addColumn<QPoint>("point");
     QTest::addColumn<int>("position");
     QTest::addColumn<Area>("area");
@@ -133,7 +136,7 @@ void TestHexGeometry::pointHitsANibble_data()
 void TestHexGeometry::pointHitsANibble()
 {
     QFETCH(QPoint, point);
-    const HexHit hit = geometry().hit(point, true);
+    const HexEdit::Hit hit = geometry().hit(point, true);
     QTEST(hit.position, "position");
     QTEST(hit.area, "area");
 }
@@ -145,7 +148,7 @@ void TestHexGeometry::noCharacterIsHitWithoutTheirArea()
 
 void TestHexGeometry::cellAndHitFitTogether()
 {
-    const HexGeometry areas = geometry();
+    const HexEdit::Geometry areas = geometry();
     for (int position = 0; position < 100; ++position) {
         QCOMPARE(areas.hit(areas.cell(position, false), true).position, position);
         QCOMPARE(areas.hit(areas.cell(position, true), true).position, position / 2 * 2);
@@ -154,7 +157,7 @@ void TestHexGeometry::cellAndHitFitTogether()
 
 void TestHexGeometry::cellTellsItsByte()
 {
-    const HexGeometry areas = geometry();
+    const HexEdit::Geometry areas = geometry();
     for (int position = 0; position < 100; ++position) {
         QCOMPARE(areas.byteAt(areas.cell(position, false), false), position / 2);
         QCOMPARE(areas.byteAt(areas.cell(position, true), true), position / 2);
@@ -178,34 +181,71 @@ void TestHexGeometry::paintedBytesAreThoseOfTheRectangleAndTheMargin()
 {
     QFETCH(QRect, rect);
     QFETCH(int, size);
-    const ByteRange bytes = geometry().bytesIn(rect, size);
+    const HexEdit::Range bytes = geometry().bytesIn(rect, size);
     QTEST(bytes.first, "first");
     QTEST(bytes.last, "last");
 }
 
-void TestHexGeometry::bytesBesideTheRectangleAreLeftOut()
+void TestHexGeometry::paintedColumnsAreThoseOfTheRectangle_data()
 {
-    const HexGeometry areas = geometry();
-    const QRect rect(200, 0, 20, 20);
-    QVERIFY(areas.isAcross(rect, 200));
-    QVERIFY(areas.isAcross(rect, 229));
-    QVERIFY(!areas.isAcross(rect, 230));
-    QVERIFY(areas.isAcross(rect, 160));
-    QVERIFY(!areas.isAcross(rect, 159));
+    QTest::addColumn<QRect>("rect");
+    QTest::addColumn<bool>("ascii");
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("last");
+
+    // Digits reach from 10 before them to 40 behind their left edge.
+    QTest::newRow("digits in the middle") << QRect(200, 0, 20, 20) << false << 3 << 6;
+    QTest::newRow("digits, a pixel less at the left") << QRect(210, 0, 10, 20) << false << 4 << 6;
+    QTest::newRow("digits, a pixel more at the right") << QRect(200, 0, 21, 20) << false << 3 << 7;
+    QTest::newRow("characters in the middle") << QRect(600, 0, 20, 20) << true << 2 << 10;
+    QTest::newRow("whole line of digits") << QRect(0, 0, 1000, 20) << false << 0 << 16;
+    QTest::newRow("whole line of characters") << QRect(0, 0, 1000, 20) << true << 0 << 16;
+}
+
+void TestHexGeometry::paintedColumnsAreThoseOfTheRectangle()
+{
+    QFETCH(QRect, rect);
+    QFETCH(bool, ascii);
+    const HexEdit::Range columns = geometry().columnsIn(rect, ascii);
+    QTEST(columns.first, "first");
+    QTEST(columns.last, "last");
+}
+
+void TestHexGeometry::paintedColumnsAreFewInALongLine()
+{
+    HexEdit::Geometry areas = geometry();
+    areas.setBytesPerLine(1 << 20);
+    areas.setAreas(4);
+    const int middle = areas.left(1 << 19, false);
+    const HexEdit::Range columns = areas.columnsIn(QRect(middle, 0, 300, 20), false);
+    QVERIFY(columns.first <= 1 << 19);
+    QVERIFY(columns.last >= (1 << 19) + 10);
+    QVERIFY(columns.last - columns.first < 20);
 }
 
 void TestHexGeometry::extremeNumbersAreCut()
 {
-    HexGeometry areas = geometry();
-    areas.setBytesPerLine(1);
-    QCOMPARE(areas.cell(largest, false).y(), largest);
-    QCOMPARE(areas.baseline(largest), largest);
+    HexEdit::Geometry areas = geometry();
     areas.setBytesPerLine(16777215);
     areas.setAreas(4);
     QCOMPARE(areas.left(16777214, true), areas.xPosAscii + 16777214 * 10);
     QCOMPARE(areas.hit(QPoint(50, largest), true).position, largest);
     QCOMPARE(areas.byteAt(QPoint(50, largest), false), largest);
     QCOMPARE(areas.bytesIn(QRect(0, largest - 10, 10, 10), 5).last, 5);
+}
+
+void TestHexGeometry::extremePixelsCanBeAddedTo()
+{
+    HexEdit::Geometry areas = geometry();
+    areas.setBytesPerLine(1);
+    QCOMPARE(areas.cell(largest, false).y(), largest / 2);
+    QCOMPARE(areas.baseline(largest), largest / 2);
+    areas.charWidth = 1000;
+    areas.setBytesPerLine(16777215);
+    areas.setAreas(4);
+    QCOMPARE(areas.xPosAscii, largest / 2);
+    QCOMPARE(areas.cell(largest, true).x(), largest / 2);
+    QCOMPARE(areas.left(16777214, false), largest / 2);
 }
 
 QTEST_APPLESS_MAIN(TestHexGeometry)
