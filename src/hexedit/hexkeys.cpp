@@ -57,6 +57,21 @@ constexpr Step steps[] = {
     {QKeySequence::SelectStartOfDocument, Movement::Select, [](const Reach &) { return qint64(0); }},
 };
 
+/// Whether any of the tests that an event passes through took it.
+class Acted
+{
+public:
+    bool operator()(bool acted)
+    {
+        m_any = m_any || acted;
+        return acted;
+    }
+    bool any() const { return m_any; }
+
+private:
+    bool m_any = false;
+};
+
 bool isPlain(const QKeyEvent &event, Qt::Key key)
 {
     return event.key() == key && event.modifiers() == Qt::NoModifier;
@@ -66,25 +81,29 @@ bool isPlain(const QKeyEvent &event, Qt::Key key)
 void QHexEditPrivate::keyPressEvent(QKeyEvent *event)
 {
     const int posBa = byteUnderCursor();
-    moveCursor(event);
+    Acted acted;
+    acted(moveCursor(event));
     if (!m_readOnly)
-        edit(event, posBa);
-    if (event->matches(QKeySequence::Copy))
+        acted(edit(event, posBa));
+    if (acted(event->matches(QKeySequence::Copy)))
         QApplication::clipboard()->setText(selectionAsText());
-    if (isPlain(*event, Qt::Key_Insert)) {
+    if (acted(isPlain(*event, Qt::Key_Insert))) {
         setCursorPos(m_cursorPosition);
         setOverwriteMode(!m_overwriteMode);
     }
+    // The others belong to the window around: Escape and Return close a dialog.
+    event->setAccepted(acted.any());
     ensureVisible();
     update();
 }
 
-void QHexEditPrivate::moveCursor(QKeyEvent *event)
+bool QHexEditPrivate::moveCursor(QKeyEvent *event)
 {
+    Acted acted;
     const qint64 line = m_geometry->nibblesPerLine();
     const qint64 linesInPage = m_scrollArea->viewport()->height() / m_geometry->charHeight - 1;
     for (const Step &step : steps) {
-        if (!event->matches(step.key))
+        if (!acted(event->matches(step.key)))
             continue;
         const int character = m_asciiCursor ? 2 : 1;
         const int position = HexEdit::toInt(
@@ -104,25 +123,28 @@ void QHexEditPrivate::moveCursor(QKeyEvent *event)
             break;
         }
     }
+    return acted.any();
 }
 
-void QHexEditPrivate::edit(QKeyEvent *event, int posBa)
+bool QHexEditPrivate::edit(QKeyEvent *event, int posBa)
 {
+    Acted acted;
     const QString text = event->text();
-    if (!text.isEmpty() && accepts(text.at(0).toLatin1()))
+    if (acted(!text.isEmpty() && accepts(text.at(0).toLatin1())))
         enterCharacter(text.at(0).toLatin1(), posBa);
-    if (event->matches(QKeySequence::Cut))
+    if (acted(event->matches(QKeySequence::Cut)))
         cut();
-    if (event->matches(QKeySequence::Paste))
+    if (acted(event->matches(QKeySequence::Paste)))
         paste();
-    if (event->matches(QKeySequence::Delete))
+    if (acted(event->matches(QKeySequence::Delete)))
         deleteForwards(posBa);
-    if (isPlain(*event, Qt::Key_Backspace))
+    if (acted(isPlain(*event, Qt::Key_Backspace)))
         deleteBackwards(posBa);
-    if (event->matches(QKeySequence::Undo))
+    if (acted(event->matches(QKeySequence::Undo)))
         undo();
-    if (event->matches(QKeySequence::Redo))
+    if (acted(event->matches(QKeySequence::Redo)))
         redo();
+    return acted.any();
 }
 
 bool QHexEditPrivate::accepts(char key) const
@@ -130,7 +152,8 @@ bool QHexEditPrivate::accepts(char key) const
     return (key >= '0' && key <= '9') || (key >= 'a' && key <= 'f') || (m_asciiCursor && uchar(key) >= 32);
 }
 
-void QHexEditPrivate::enterCharacter(char key, int posBa)
+/// @param posBa becomes the byte that was entered: Delete carries a character on some platforms, and acts on it, too
+void QHexEditPrivate::enterCharacter(char key, int &posBa)
 {
     if (removeSelection())
         posBa = m_selectionBegin;

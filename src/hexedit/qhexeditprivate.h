@@ -137,10 +137,12 @@ private:
     int endPosition();
     int byteUnderCursor() const;
 
-    void moveCursor(QKeyEvent *event);
-    void edit(QKeyEvent *event, int posBa);
+    // True if something acted on the event.
+    bool moveCursor(QKeyEvent *event);
+    bool edit(QKeyEvent *event, int posBa);
+
     bool accepts(char key) const;
-    void enterCharacter(char key, int posBa);
+    void enterCharacter(char key, int &posBa);
     void cut();
     void paste();
     void deleteForwards(int posBa);

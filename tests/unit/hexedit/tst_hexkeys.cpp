@@ -1,6 +1,34 @@
 #include "hexeditor.h"
 
+#include <QDialog>
+#include <QPushButton>
+#include <QVBoxLayout>
+
 Q_DECLARE_METATYPE(QKeySequence::StandardKey)
+
+namespace {
+/// A dialog on the screen in which an editor has the focus and a button is the default.
+struct DialogAround
+{
+    DialogAround()
+    {
+        auto *layout = new QVBoxLayout(&dialog);
+        layout->addWidget(edit);
+        layout->addWidget(button);
+        button->setDefault(true);
+        edit->setData("abcd");
+        dialog.show();
+        dialog.activateWindow();
+        edit->setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QVERIFY(edit->widget()->hasFocus());
+    }
+
+    QDialog dialog;
+    QHexEdit *edit = new QHexEdit(&dialog);
+    QPushButton *button = new QPushButton(&dialog);
+};
+} // namespace
 
 class TestHexKeys : public QObject
 {
@@ -9,6 +37,7 @@ class TestHexKeys : public QObject
 private slots:
     void keyMovesTheCursor_data();
     void keyMovesTheCursor();
+    void insertModeMovesBehindTheLastByte();
     void movingEndsTheSelection();
     void endOfLineIsRightForPowersOfTwoOnly();
     void keySelects_data();
@@ -23,6 +52,10 @@ private slots:
     void insertKeyFlipsTheMode_data();
     void insertKeyFlipsTheMode();
     void keysWithoutAnyBytesDoNoHarm();
+    void keyIsTakenIfItActs_data();
+    void keyIsTakenIfItActs();
+    void escapeRejectsTheDialogAround();
+    void returnPressesTheDefaultButtonAround();
 };
 
 void TestHexKeys::keyMovesTheCursor_data()
@@ -59,6 +92,14 @@ void TestHexKeys::keyMovesTheCursor()
     editor.view->setCursorPos(from);
     editor.press(key);
     QTEST(editor.view->cursorPos(), "to");
+}
+
+void TestHexKeys::insertModeMovesBehindTheLastByte()
+{
+    HexEditor editor(countingBytes(100));
+    editor.edit.setOverwriteMode(false);
+    editor.press(QKeySequence::MoveToEndOfDocument);
+    QCOMPARE(editor.view->cursorPos(), 200);
 }
 
 void TestHexKeys::movingEndsTheSelection()
@@ -222,6 +263,63 @@ void TestHexKeys::keysWithoutAnyBytesDoNoHarm()
     }
     QCOMPARE(editor.edit.data(), QByteArray());
     QCOMPARE(editor.view->cursorPos(), 0);
+}
+
+void TestHexKeys::keyIsTakenIfItActs_data()
+{
+    QTest::addColumn<int>("keys");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("writable");
+    QTest::addColumn<bool>("readOnly");
+
+    QTest::newRow("digit") << int(Qt::Key_A) << QStringLiteral("a") << true << false;
+    QTest::newRow("no digit") << int(Qt::Key_G) << QStringLiteral("g") << false << false;
+    QTest::newRow("escape") << int(Qt::Key_Escape) << QStringLiteral("\x1B") << false << false;
+    QTest::newRow("return") << int(Qt::Key_Return) << QStringLiteral("\r") << false << false;
+    QTest::newRow("function key") << int(Qt::Key_F5) << QString() << false << false;
+    QTest::newRow("move") << int(Qt::Key_Right) << QString() << true << true;
+    QTest::newRow("select") << int(Qt::SHIFT + Qt::Key_Right) << QString() << true << true;
+    QTest::newRow("select all") << int(Qt::CTRL + Qt::Key_A) << QStringLiteral("\x01") << true << true;
+    QTest::newRow("cut") << int(Qt::CTRL + Qt::Key_X) << QStringLiteral("\x18") << true << false;
+    QTest::newRow("copy") << int(Qt::CTRL + Qt::Key_C) << QStringLiteral("\x03") << true << true;
+    QTest::newRow("paste") << int(Qt::CTRL + Qt::Key_V) << QStringLiteral("\x16") << true << false;
+    QTest::newRow("delete") << int(Qt::Key_Delete) << QString() << true << false;
+    QTest::newRow("backspace") << int(Qt::Key_Backspace) << QString() << true << false;
+    QTest::newRow("undo") << int(Qt::CTRL + Qt::Key_Z) << QStringLiteral("\x1A") << true << false;
+    QTest::newRow("redo") << int(Qt::CTRL + Qt::SHIFT + Qt::Key_Z) << QStringLiteral("\x1A") << true << false;
+    QTest::newRow("insert") << int(Qt::Key_Insert) << QString() << true << true;
+}
+
+void TestHexKeys::keyIsTakenIfItActs()
+{
+    QFETCH(int, keys);
+    QFETCH(QString, text);
+    HexEditor editor(countingBytes(4));
+    const auto isTaken = [&] {
+        QKeyEvent event(QEvent::KeyPress, keys & ~int(Qt::KeyboardModifierMask),
+                        Qt::KeyboardModifiers(keys & int(Qt::KeyboardModifierMask)), text);
+        QApplication::sendEvent(editor.view, &event);
+        return event.isAccepted();
+    };
+    QTEST(isTaken(), "writable");
+    editor.edit.setReadOnly(true);
+    QTEST(isTaken(), "readOnly");
+}
+
+void TestHexKeys::escapeRejectsTheDialogAround()
+{
+    DialogAround around;
+    QSignalSpy rejected(&around.dialog, &QDialog::rejected);
+    QTest::keyClick(around.edit->widget(), Qt::Key_Escape);
+    QCOMPARE(rejected.count(), 1);
+}
+
+void TestHexKeys::returnPressesTheDefaultButtonAround()
+{
+    DialogAround around;
+    QSignalSpy clicked(around.button, &QPushButton::clicked);
+    QTest::keyClick(around.edit->widget(), Qt::Key_Return);
+    QCOMPARE(clicked.count(), 1);
 }
 
 QTEST_MAIN(TestHexKeys)

@@ -21,6 +21,10 @@ private slots:
     void typingReplacesTheSelection_data();
     void typingReplacesTheSelection();
     void typingReachesNoHiddenByte();
+    void typingReachesTheLastOfManyLines();
+    void deletingWithACharacterDeletesWhatItEntered_data();
+    void deletingWithACharacterDeletesWhatItEntered();
+    void cursorBehindTheLastByteOverwritesNothing();
 };
 
 void TestHexTyping::digitChangesItsHalfOfTheByte()
@@ -170,6 +174,55 @@ void TestHexTyping::typingReachesNoHiddenByte()
     editor.edit.setByteCountEnabled(4);
     editor.type("ab");
     QCOMPARE(editor.edit.data().mid(4), countingBytes(8).mid(4));
+}
+
+void TestHexTyping::typingReachesTheLastOfManyLines()
+{
+    constexpr int size = 16777215;
+    HexEditor editor;
+    editor.edit.setBytesPerLine(1);
+    editor.edit.setData(QByteArray(size, '\0'));
+    editor.edit.setCursorPosition(size - 1);
+    editor.type("a");
+    QCOMPARE(editor.edit.data().indexOf('\xA0'), size - 1);
+}
+
+void TestHexTyping::deletingWithACharacterDeletesWhatItEntered_data()
+{
+    QTest::addColumn<bool>("overwrite");
+    QTest::addColumn<bool>("selected");
+    QTest::addColumn<QByteArray>("result");
+
+    QTest::newRow("overwriting") << true << false << QByteArray("abcde\0gh", 8);
+    QTest::newRow("overwriting a selection") << true << true << QByteArray("ab\0\0\0fgh", 8);
+    QTest::newRow("inserting") << false << false << QByteArray("abcdefgh");
+    QTest::newRow("inserting for a selection") << false << true << QByteArray("abfgh");
+}
+
+void TestHexTyping::deletingWithACharacterDeletesWhatItEntered()
+{
+    QFETCH(bool, overwrite);
+    QFETCH(bool, selected);
+    HexEditor editor("abcdefgh");
+    editor.edit.setOverwriteMode(overwrite);
+    editor.click(editor.characterAt(5));
+    if (selected)
+        editor.select(2, 5);
+    QKeyEvent event(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(QChar(0x7F)));
+    QApplication::sendEvent(editor.view, &event);
+    QTEST(editor.edit.data(), "result");
+}
+
+void TestHexTyping::cursorBehindTheLastByteOverwritesNothing()
+{
+    HexEditor editor("ab");
+    editor.edit.setOverwriteMode(false);
+    editor.press(QKeySequence::MoveToEndOfDocument);
+    editor.press(Qt::Key_Insert);
+    QCOMPARE(editor.view->cursorPos(), 4);
+    editor.type("7");
+    QCOMPARE(editor.edit.data(), QByteArray("ab"));
+    QCOMPARE(editor.view->cursorPos(), 3);
 }
 
 QTEST_MAIN(TestHexTyping)
