@@ -2,13 +2,12 @@
 
 #include "qhexeditprivate.h"
 
-#include <limits>
-
 namespace {
-/// A number of bits that QBitArray can count in whole bytes.
+/// A bit for each byte of a count, but no more than an editor has before it is told any: a count that only means "no
+/// limit" needs no memory for bytes that nobody brings along.
 int bitCount(int count)
 {
-    return qBound(0, count, std::numeric_limits<int>::max() - 7);
+    return qBound(0, count, XByteArray::mostBytes);
 }
 } // namespace
 
@@ -72,7 +71,7 @@ void QHexEditPrivate::setMaximumByteCount(int count)
 void QHexEditPrivate::setByteCountEnabled(int count)
 {
     m_xData.setBytesEnabled(count);
-    if (count > m_considerBits.size())
+    if (bitCount(count) > m_considerBits.size())
         m_considerBits.resize(bitCount(count));
     update();
 }

@@ -23,7 +23,9 @@ int QHexEditPrivate::indexOf(QByteArray const &ba, int from)
 int QHexEditPrivate::lastIndexOf(QByteArray const &ba, int from)
 {
     const QByteArray &data = m_xData.data();
-    const int found = data.lastIndexOf(ba, int(qBound<qint64>(0, qint64(from) - ba.size(), data.size())));
+    // The search for a single byte would find the zero behind the bytes, too.
+    const qint64 start = qMin<qint64>(qMax<qint64>(0, qint64(from) - ba.size()), data.size() - 1);
+    const int found = start < 0 ? -1 : data.lastIndexOf(ba, int(start));
     if (found < 0)
         return found;
     setCursorPos(HexEdit::nibble(found));

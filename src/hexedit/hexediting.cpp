@@ -9,14 +9,12 @@ void QHexEditPrivate::insert(int index, QByteArray &ba)
     if (ba.isEmpty())
         return;
     if (m_overwriteMode) {
-        // No more than there is to overwrite is kept in the history, however long the array.
-        const int length = qMin(ba.size(), m_xData.data().size() - qMax(0, index));
         if (holds(index))
-            push(new ArrayCommand(&m_xData, ArrayCommand::replace, index, ba.left(length), length));
+            pushReplace(index, ba.size(), ba);
         return;
     }
 
-    const int room = qMax(0, m_xData.maxSize() - m_xData.size());
+    const int room = isFull() ? 0 : m_xData.maxSize() - m_xData.size();
     if (ba.size() > room)
         ba.resize(room);
     if (!ba.isEmpty() && (holds(index) || index == m_xData.data().size()))
@@ -61,7 +59,7 @@ void QHexEditPrivate::replace(int index, int length, QByteArray const &after)
 {
     if (isFull() || length <= 0 || !holds(index))
         return;
-    push(new ArrayCommand(&m_xData, ArrayCommand::replace, index, after, length));
+    pushReplace(index, length, after);
     resetSelection();
 }
 
@@ -103,6 +101,13 @@ bool QHexEditPrivate::holds(int index)
 bool QHexEditPrivate::isFull()
 {
     return m_xData.size() >= m_xData.maxSize();
+}
+
+void QHexEditPrivate::pushReplace(int index, int length, QByteArray const &after)
+{
+    // No more than there is to replace is kept in the history, however long the array.
+    const int replaced = qMin(length, m_xData.data().size() - index);
+    push(new ArrayCommand(&m_xData, ArrayCommand::replace, index, after.left(replaced), replaced));
 }
 
 void QHexEditPrivate::push(QUndoCommand *command)

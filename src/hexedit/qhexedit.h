@@ -43,7 +43,8 @@ public:
     /// @return its position, negative if there is none
     int lastIndexOf(QByteArray const &ba, int from) const;
 
-    // The editing functions make one undo step each.
+    // Each edit makes an undo step, but that overwriting a single byte, by typing or by removing it in overwrite mode,
+    // joins the step before if that inserted or overwrote nothing but the same byte.
 
     /// In overwrite mode the bytes replace what is there, as far as it goes; else they are inserted.
     /// @param ba is cut to what there was room for in insert mode
@@ -97,7 +98,8 @@ public:
     void setConsideration(bool enabled);
     /// Considers all bytes or none.
     void setBytesHighlighted(bool highlighted);
-    /// The number of considered bits becomes the same.
+    /// How many bytes there may be; those that there are stay. A bit of consideration is kept for each of so many
+    /// positions, up to 16777215 of them; those beyond are forgotten.
     void setMaximumByteCount(int count);
     /// Missing bytes are added as zeros. Bytes beyond the count are hidden, not lost.
     void setByteCountEnabled(int count);

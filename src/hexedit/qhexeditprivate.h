@@ -21,8 +21,9 @@ struct Geometry;
 /// The inside of a QHexEdit: keeps the bytes and their history, draws them, and takes keys and mouse.
 ///
 /// Cursor and selection are set by nibble position, two for a byte: byte index times 2, plus 1 on the low digit. Bytes
-/// are told by index. An edit outside the bytes or beyond a limit does nothing; any other is one step of the history
-/// and sends dataChanged(). All functions are called from the GUI thread.
+/// are told by index. An edit outside the bytes or beyond a limit does nothing; any other sends dataChanged() and is one
+/// step of the history, or joins the last one if both are about the same single byte (CharCommand). All functions are
+/// called from the GUI thread.
 class KESTRUNE_EXPORT QHexEditPrivate : public QWidget
 {
     Q_OBJECT
@@ -130,6 +131,7 @@ private:
 
     bool holds(int index);
     bool isFull();
+    void pushReplace(int index, int length, QByteArray const &after);
     void push(QUndoCommand *command);
 
     bool isConsidered(int index) const;

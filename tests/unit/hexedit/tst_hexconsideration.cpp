@@ -15,6 +15,8 @@ private slots:
     void maximumSetsTheNumberOfBits();
     void enabledCountOnlyAddsBits();
     void negativeMaximumLeavesNoBits();
+    void hugeCountAddsNoMoreBitsThanAtFirst();
+    void hugeCountDropsNoBits();
     void dragPaintsAByteOnce();
     void bitsStayWithTheirPositions();
     void bitsAreTakenAndGivenWhole();
@@ -132,6 +134,25 @@ void TestHexConsideration::bitsAreTakenAndGivenWhole()
     QBitArray bits(3);
     bits.setBit(1);
     editor.edit.setConsiderBitArray(bits);
+    QCOMPARE(editor.edit.getConsiderBitArray(), bits);
+}
+
+void TestHexConsideration::hugeCountAddsNoMoreBitsThanAtFirst()
+{
+    HexEditor editor;
+    editor.edit.setMaximumByteCount(std::numeric_limits<int>::max());
+    QCOMPARE(editor.edit.getConsiderBitArray().size(), 16777215);
+    editor.edit.setMaximumByteCount(4);
+    editor.edit.setByteCountEnabled(std::numeric_limits<int>::max());
+    QCOMPARE(editor.edit.getConsiderBitArray().size(), 16777215);
+}
+
+void TestHexConsideration::hugeCountDropsNoBits()
+{
+    HexEditor editor;
+    const QBitArray bits(16777215 + 10, true);
+    editor.edit.setConsiderBitArray(bits);
+    editor.edit.setByteCountEnabled(std::numeric_limits<int>::max());
     QCOMPARE(editor.edit.getConsiderBitArray(), bits);
 }
 

@@ -30,6 +30,7 @@ private slots:
     void removingShrinksInInsertMode_data();
     void removingShrinksInInsertMode();
     void replacingResetsTheSelection();
+    void historyKeepsNoMoreThanIsReplaced();
     void extremeArgumentsDoNoHarm_data();
     void extremeArgumentsDoNoHarm();
 };
@@ -280,6 +281,24 @@ void TestHexEditing::extremeArgumentsDoNoHarm()
 {
     QFETCH(int, number);
     HexEditor editor("abcd");
+    for (const bool overwrite : {true, false}) {
+        QByteArray bytes("xyz");
+        editor.edit.setOverwriteMode(overwrite);
+        editor.edit.setByteCountEnabled(number);
+        editor.edit.setMaximumByteCount(number);
+        editor.edit.insert(1, bytes);
+        editor.edit.insert(1, 'x');
+        editor.edit.replace(1, number, bytes);
+        editor.edit.remove(1, number);
+        editor.edit.indexOf(bytes, number);
+        editor.edit.lastIndexOf(bytes, number);
+        editor.edit.setCursorPosition(number);
+        editor.view->grab();
+    }
+    editor.edit.setOverwriteMode(true);
+    editor.edit.setByteCountEnabled(XByteArray::mostBytes);
+    editor.edit.setMaximumByteCount(XByteArray::mostBytes);
+    editor.edit.setData("abcd");
     editor.edit.setAddressOffset(number);
     editor.edit.setAddressWidth(number);
     editor.edit.setBytesPerLine(number);
@@ -299,6 +318,17 @@ void TestHexEditing::extremeArgumentsDoNoHarm()
     editor.type("a");
     editor.press(QKeySequence::Copy);
     QCOMPARE(editor.edit.data().size(), 4 + 1);
+}
+
+void TestHexEditing::historyKeepsNoMoreThanIsReplaced()
+{
+    HexEditor editor("abcd");
+    const QByteArray after(1000, 'x');
+    editor.edit.replace(0, 1, after);
+    QVERIFY(after.isDetached());
+    editor.view->replace(3, after);
+    QVERIFY(after.isDetached());
+    QCOMPARE(editor.edit.data(), QByteArray("xbcx"));
 }
 
 QTEST_MAIN(TestHexEditing)

@@ -3,7 +3,7 @@
 #include <random>
 
 namespace {
-/// What undo and redo bring back: all bytes, and how many steps of each kind are left.
+/// What undo and redo bring back: all bytes, and which of them are shown as changed.
 struct Snapshot
 {
     QByteArray data;
@@ -73,6 +73,7 @@ private slots:
     void typingOnTwoBytesIsTwoSteps();
     void changeFlagOfAReplacedByteComesBack();
     void undoKeepsTheCursorWithinTheBytes();
+    void undoLeavesBytesThatACountAdded();
     void undoWithoutAStepOnlyTells();
 };
 
@@ -178,6 +179,19 @@ void TestHexHistory::undoWithoutAStepOnlyTells()
     editor.edit.redo();
     QCOMPARE(editor.edit.data(), QByteArray("abc"));
     QCOMPARE(counts.count(), 2);
+}
+
+void TestHexHistory::undoLeavesBytesThatACountAdded()
+{
+    HexEditor editor("ab");
+    editor.edit.setOverwriteMode(false);
+    editor.edit.insert(2, 'x');
+    editor.edit.setByteCountEnabled(6);
+    QCOMPARE(editor.hex(), QStringLiteral("616278000000"));
+    editor.edit.undo();
+    QCOMPARE(editor.hex(), QStringLiteral("6162000000"));
+    editor.edit.redo();
+    QCOMPARE(editor.hex(), QStringLiteral("616278000000"));
 }
 
 QTEST_MAIN(TestHexHistory)

@@ -54,6 +54,8 @@ void TestHexSearch::backwardSearchFindsThePosition_data()
     QTest::newRow("start before the first end is the beginning") << QByteArray("ab") << 1 << 0;
     QTest::newRow("start before the beginning") << QByteArray("ab") << std::numeric_limits<int>::min() << 0;
     QTest::newRow("not there") << QByteArray("x") << 5 << -1;
+    QTest::newRow("zero behind the last byte") << QByteArray(1, '\0') << 100 << -1;
+    QTest::newRow("last byte") << QByteArray("c") << 100 << 4;
     QTest::newRow("start far beyond the end") << QByteArray("abc") << std::numeric_limits<int>::max() << 2;
 }
 
@@ -113,6 +115,7 @@ void TestHexSearch::nothingIsFoundInNothing()
     HexEditor editor;
     QVERIFY(editor.edit.indexOf("a", 0) < 0);
     QVERIFY(editor.edit.lastIndexOf("a", 0) < 0);
+    QVERIFY(editor.edit.lastIndexOf(QByteArray(1, '\0'), 0) < 0);
 }
 
 QTEST_MAIN(TestHexSearch)
