@@ -51,9 +51,9 @@ bool hasBytesBehindCount(QDataStream &stream, quint64 length)
     return false;
 }
 
-// Qt makes room for as many bits or elements as the bytes claim before it reads the first, and adds up the claim
-// without care for an overflow. So the claim is held against what is there.
+// What the bytes claim is held against what is there, before Qt makes room for it.
 
+/// Qt would make room for the first megabyte of a claim before it finds that a few bytes are all there is.
 QByteArray readData(QDataStream &stream)
 {
     constexpr quint32 nullMark = 0xFFFFFFFF;
@@ -64,6 +64,8 @@ QByteArray readData(QDataStream &stream)
     return data;
 }
 
+/// Qt would make room for the first eight megabytes. From 0xFFFFFFF9 bits on, its number of bytes overflows to 0, and
+/// it would give an array of negative size and read on as if all were well.
 QBitArray readBits(QDataStream &stream)
 {
     QBitArray bits;
@@ -74,6 +76,7 @@ QBitArray readBits(QDataStream &stream)
     return bits;
 }
 
+/// Qt would make room for the whole claim at once.
 QList<unsigned int> readIds(QDataStream &stream)
 {
     QList<unsigned int> ids;

@@ -21,8 +21,12 @@ struct OptionalNumber
 
 /// A CAN message as a template for received traffic: identifier, length, flags and each data byte may be left open.
 ///
-/// matches() in templatecomparison.h compares a frame with it. The order of the fields and the byte form are part of
-/// what applications have stored; neither changes.
+/// A frame matches a valid template if its flags are as asked for, if it has the identifier and the length where these
+/// are set, and if it has each considered byte, with the value expected. The bytes looked at are as many as there are
+/// consideration bits, and no more than the length where that is set. Both counts are taken as signed numbers of
+/// 8 bits; with a result of 0 or less, no byte is looked at.
+///
+/// The order of the fields and the byte form are part of what applications have stored; neither changes.
 struct KESTRUNE_EXPORT CanRawCompareMessage
 {
     bool valid;                    ///< the record holds a message; without it nothing matches
@@ -56,8 +60,8 @@ struct KESTRUNE_EXPORT CanRawCompareMessage
     /// As stored in settings: a big-endian QDataStream of the fields. A length of 128 or more is written as unset.
     QByteArray toByteArray() const;
     /// Reads what toByteArray() wrote. Never fails: what is missing at the end reads as zeros and empty arrays, so
-    /// that no bytes at all give a record which matches nothing. Costs no more memory than the bytes themselves.
-    /// Has at least as many consideration bits as data bytes, the added ones clear.
+    /// that no bytes at all give a record which matches nothing. Takes a small multiple of the memory of the bytes,
+    /// whatever counts they claim. Has at least as many consideration bits as data bytes, the added ones clear.
     static CanRawCompareMessage fromByteArray(QByteArray bytes);
 
     /// Identifier, length and data for people: "0x181 2 1 5". An unset identifier reads "0x0", an unset length "-1".
