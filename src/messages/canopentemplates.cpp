@@ -30,7 +30,8 @@ CANRAW::CanRawCompareMessage pdo(int cobId, int length)
     CANRAW::CanRawCompareMessage message;
     message.id.value = static_cast<quint32>(cobId);
     message.length.value = static_cast<quint8>(length);
-    message.data = QByteArray(std::max(length, 0), '\0');
+    if (length > 0)
+        message.data = QByteArray(length, '\0');
     return message;
 }
 

@@ -9,7 +9,8 @@ namespace CanOpenTemplates {
 /// @param commandIndex of CanOpenChoices::nmtCommandSpecifier(); the byte is 0 beyond them
 CANRAW::CanRawCompareMessage nmt(int commandIndex, int nodeId);
 
-/// @param length of the frame, all bytes of it open; -1 gives a length of 255, which no frame has
+/// @param length of the frame, all bytes of it open; -1 gives a length of 255, which no frame has. Without bytes the
+/// data is null.
 CANRAW::CanRawCompareMessage pdo(int cobId, int length);
 
 /// The command byte must be 0, and the object must be the given one.

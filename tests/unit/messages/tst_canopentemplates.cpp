@@ -68,6 +68,7 @@ void TestCanOpenTemplates::openPdoConsidersNothing()
     QCOMPARE(message.id.value, 0x181u);
     QTEST(int(message.length.value), "length");
     QTEST(message.data, "data");
+    QCOMPARE(message.data.isNull(), given <= 0);
     QCOMPARE(message.consideration, QBitArray(64));
 }
 
