@@ -37,6 +37,7 @@ CanRawMessageEditor::CanRawMessageEditor(QWidget *parent)
     , ui(std::make_unique<Ui::CanRawMessageEditor>())
 {
     ui->setupUi(this);
+    setFocusProxy(ui->edtCanId);
     createHexEdit();
     changeLengthCombobox(false);
     for (QCheckBox *box : {ui->chFd, ui->chBrs, ui->chRtr, ui->chExt})

@@ -20,8 +20,10 @@ class CanRawMessageEditor;
 /// A new editor asks for nothing: any identifier, length and flags, no byte considered, 64 bytes in view. Wrong text
 /// leaves its part of the template open. GUI thread only.
 ///
-/// The trap: setMessage() does not change how many bytes are in view; the user's choice of a length does, and a change
-/// of the FD flag.
+/// The traps: setMessage() does not change how many bytes are in view; the user's choice of a length does, and a change
+/// of the FD flag. And a new editor has 16777215 consideration bits, which a comparison counts as -1: a template that a
+/// user composes in it compares no byte, whichever are marked. Call setMessage() first, with 64 bits, as a
+/// CanRawCompareMessage has when it is new.
 class KESTRUNE_EXPORT CanRawMessageEditor : public QWidget
 {
     Q_OBJECT
@@ -38,16 +40,21 @@ public:
     /// Whether the user marks which bytes count.
     void setConsideration(bool on);
     /// Whether the flags offer "does not matter". While they do not, a box in that state counts as checked; it has the
-    /// state again when they do, unless it was clicked.
+    /// state again when they do, unless it was clicked. A message with that state of a flag makes its box offer it.
     void setTriState(bool on);
-    /// Offers the lengths of CAN FD frames, or those of classic ones only. A chosen length that is not among them leaves
-    /// the length open, and its bytes in view.
+    /// Offers the lengths of CAN FD frames, or those of classic ones only. A chosen length that is not among them
+    /// leaves the length open, and its bytes in view.
     void changeLengthCombobox(bool fd);
 
 public slots:
+    /// Offers the lengths that frames of this type have; those of CAN FD where the type does not matter.
+    /// @param state a Qt::CheckState
     void on_chFd_stateChanged(int state);
+    /// Marks no byte.
     void on_btnConsiderNone_clicked();
+    /// Marks every byte, also those that are not in view.
     void on_btnConsiderAll_clicked();
+    /// Shows as many bytes; for a text that is no number, as many as the longest frame of the type has.
     void on_cbLength_textActivated(QString const &text);
 
 private:
