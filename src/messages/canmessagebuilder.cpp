@@ -148,8 +148,8 @@ void CanMessageBuilder::on_btn_build_clicked()
         (this->*builds[page])();
 }
 
-/// The sizes of the form suit usual fonts. A larger font gets a row, columns and a table that are larger as well, and the
-/// column of the identifier always has the width of its heading.
+/// The sizes of the form suit usual fonts. A font that the row has no room for gets a row, columns and a table that are
+/// larger as well.
 void CanMessageBuilder::fitTableToFont()
 {
     QTableWidget *table = ui->tbl_canmessage;
@@ -161,8 +161,8 @@ void CanMessageBuilder::fitTableToFont()
     if (height > usualHeight) {
         rows->setDefaultSectionSize(height);
         columns->setDefaultSectionSize(columns->defaultSectionSize() * height / usualHeight);
+        columns->resizeSection(0, std::max(columns->defaultSectionSize(), columns->sectionSizeHint(0)));
         table->setFixedHeight(columns->sizeHint().height() + height + frame);
     }
-    columns->resizeSection(0, std::max(columns->defaultSectionSize(), columns->sectionSizeHint(0)));
     table->setMinimumWidth(rows->sizeHint().width() + columns->length() + frame);
 }

@@ -44,23 +44,35 @@ public:
     /// Clears the row and shows the message in it.
     void setNewMessage(CanMessageBuilder::CMBMessage message);
 
+    /// Command and node. A command that is not chosen leaves its byte open.
     void buildNmtMessage();
+    /// The identifier of the node, and the state.
     void buildHeartbeatMessage();
+    /// Identifier 0, whatever node is chosen, and the error class in the first byte.
     void buildEmcyMessage();
+    /// The identifier of the node's requests or responses, and the object. Text that is no hexadecimal number counts
+    /// as 0; a subindex above 0xFF leaves its byte open, as the command byte always is.
     void buildSdoMessage();
+    /// Identifier and length, all bytes open.
     void buildPdoMessage();
 
+    /// Gives the map of error classes its entries. The constructor has done so.
     void fillEmcyMap();
+    /// Appends an entry for each class of the map, in the application's language, with the key as Qt::UserRole.
+    /// The constructor has done so: a second call appends all of them again.
     void fillEmcyComboBox();
 
 public slots:
+    /// Accepts the dialog.
     void on_btn_ok_clicked();
+    /// Rejects the dialog.
     void on_btn_cancel_clicked();
+    /// Builds the message of the current page.
     void on_btn_build_clicked();
 
 private:
     void fitTableToFont();
 
     std::unique_ptr<Ui::CanMessageBuilder> ui;
-    QHash<unsigned char, QString> mEmcyMap;
+    QHash<unsigned char, QString> mEmcyMap; ///< by the high byte of the emergency error code, not translated
 };

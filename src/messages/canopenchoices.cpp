@@ -97,14 +97,14 @@ QHash<unsigned char, QString> emergencyClasses()
 {
     QHash<unsigned char, QString> classes;
     for (const EmergencyClass &entry : emergencyTable)
-        classes.insert(entry.key, QCoreApplication::translate(emergencyContext, entry.text));
+        classes.insert(entry.key, QString::fromLatin1(entry.text));
     return classes;
 }
 
 void fillEmergencyBox(QComboBox *box, const QHash<unsigned char, QString> &classes)
 {
     for (auto entry = classes.cbegin(); entry != classes.cend(); ++entry)
-        box->addItem(entry.value(), int(entry.key()));
+        box->addItem(QCoreApplication::translate(emergencyContext, entry.value().toLatin1()), int(entry.key()));
 }
 
 } // namespace CanOpenChoices

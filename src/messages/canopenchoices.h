@@ -30,10 +30,12 @@ struct ObjectAddress
     uint subindex;    ///< as typed, also above 0xFF
 };
 
-/// Texts of the device error classes by the high byte of the emergency error code.
+/// Texts of the device error classes by the high byte of the emergency error code, not translated: the map may be made
+/// before the application has its translators.
 QHash<unsigned char, QString> emergencyClasses();
 
-/// One entry for each class, in the order of the hash, with the key as an int in its Qt::UserRole.
+/// Appends one entry for each class, in the order of the hash: the text in the application's language, with the key as
+/// an int in its Qt::UserRole.
 void fillEmergencyBox(QComboBox *box, const QHash<unsigned char, QString> &classes);
 
 } // namespace CanOpenChoices

@@ -21,6 +21,8 @@ CANopenMessageBuilderDialog::CANopenMessageBuilderDialog(QWidget *parent)
     fillEmcyComboBox();
     messageEditor = new CanRawMessageEditor(this);
     ui->layoutMessageEditor->addWidget(messageEditor);
+    // It stands above the pages, and was created behind them.
+    messageEditor->setFocus();
 }
 
 CANopenMessageBuilderDialog::~CANopenMessageBuilderDialog() = default;

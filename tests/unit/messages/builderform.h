@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSpinBox>
 #include <QTabWidget>
@@ -69,6 +70,17 @@ public:
         return texts;
     }
 
+    /// The text that stands beside the field; empty if there is none.
+    QString labelOf(const char *field) const
+    {
+        const auto *widget = find<QWidget>(field);
+        for (const QLabel *label : m_dialog.findChildren<QLabel *>()) {
+            if (label->buddy() == widget)
+                return label->text();
+        }
+        return {};
+    }
+
     QStringList pages() const
     {
         QStringList texts;
@@ -104,6 +116,26 @@ inline void addChoicesOfThePages()
     row("comboBox_nmtCmd", "Enter Preop|Start Node|Stop Node|Reset Comm|Reset Node");
     row("comboBox_sdoType", "Request|Response");
     row("comboBox_hbState", "Bootup|Stopped|Operational|Pre-Operational");
+}
+
+inline void addLabelsOfThePages()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("label");
+    static constexpr struct
+    {
+        const char *field;
+        const char *label;
+    } labels[] = {
+        {"spinBox_nmtNodeId", "Node ID"},  {"comboBox_nmtCmd", "NMT Command"},
+        {"spinBox_pdoCobId", "COB - Id"},  {"spinBox_pdoLength", "Length"},
+        {"spinBox_sdoNodeId", "Node ID"},  {"edt_sdoIndex", "Index"},
+        {"edt_sdoSub", "Subindex"},        {"comboBox_sdoType", "Type"},
+        {"spinBox_hbNodeId", "Node ID"},   {"comboBox_hbState", "Device state"},
+        {"spinBox_emcyNodeId", "Node ID"}, {"comboBox_emcyCode", "Device error code"},
+    };
+    for (const auto &entry : labels)
+        QTest::newRow(entry.field) << entry.field << entry.label;
 }
 
 inline const QMap<int, QString> &emergencyTexts()

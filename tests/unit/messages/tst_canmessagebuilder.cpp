@@ -1,21 +1,13 @@
-#include "builderform.h"
-#include "canmessagebuilder.h"
+#include "markingtranslator.h"
+#include "rowbuilderform.h"
 
-#include <QHeaderView>
+#include <QGroupBox>
 #include <QLabel>
-#include <QTableWidget>
 
 #include <functional>
 #include <memory>
 
 Q_DECLARE_METATYPE(std::function<void(BuilderForm &)>)
-
-namespace {
-QStringList texts(const char *joined)
-{
-    return QString::fromLatin1(joined).split(QLatin1Char(' '));
-}
-} // namespace
 
 class TestCanMessageBuilder : public QObject
 {
@@ -23,117 +15,58 @@ class TestCanMessageBuilder : public QObject
 
 private slots:
     void init();
-    void cleanup();
 
     void formIsAsApplicationsKnowIt();
-    void rowHasASizeThatSuitsItsFont();
-    void identifierHasRoom();
-    void rowGrowsWithTheFont();
     void numberHasItsRange_data();
     void numberHasItsRange();
     void pdoLengthStartsAtZero();
     void boxHasItsChoices_data();
     void boxHasItsChoices();
+    void fieldHasItsLabel_data();
+    void fieldHasItsLabel();
     void everyErrorClassIsThereWithItsKey();
+    void errorClassesSpeakTheLanguageOfTheApplication();
+
     void buildShowsTheMessageOfThePage_data();
     void buildShowsTheMessageOfThePage();
     void commandBeyondTheListIsOpen();
     void objectTextThatIsNoNumberCountsAsZero();
     void subindexBeyondAByteIsOpen_data();
     void subindexBeyondAByteIsOpen();
-    void shorterMessageLeavesNothingOfALongerOne();
-    void messageWithoutBytesHasOnlyItsIdentifier();
-    void valueAbove255IsOpen();
-    void lengthBeyondTheBytesShowsThemAll();
     void shortcutBuilds();
-    void listFillsTheRowFromItsStart();
-    void listLeavesTheCellsBehindIt();
-    void emptyListChangesNothing();
-    void textsBeyondTheRowAreDropped();
-    void emptyCellsLeaveNoGap();
-    void typedCellIsTakenAsItIs();
+
     void buttonsCloseTheDialog();
     void enterAccepts();
-    void enterInACellEndsTheEditingOnly();
     void tabKeyWalksInReadingOrder();
 
 private:
-    QTableWidget *table() const { return m_form->find<QTableWidget>("tbl_canmessage"); }
-    QLineEdit *editCell(int column);
-    QTableWidgetItem *cell(int column) const { return table()->item(0, column); }
-
-    const QFont m_usualFont = QApplication::font();
-    std::unique_ptr<CanMessageBuilder> m_builder;
-    std::unique_ptr<BuilderForm> m_form;
+    std::unique_ptr<RowBuilderForm> m_form;
 };
 
 void TestCanMessageBuilder::init()
 {
-    m_builder = std::make_unique<CanMessageBuilder>(nullptr);
-    m_form = std::make_unique<BuilderForm>(*m_builder, "btn_build");
+    m_form = std::make_unique<RowBuilderForm>();
     QVERIFY(m_form->show());
-}
-
-void TestCanMessageBuilder::cleanup()
-{
-    QApplication::setFont(m_usualFont);
-}
-
-QLineEdit *TestCanMessageBuilder::editCell(int column)
-{
-    const QPoint place = table()->visualItemRect(cell(column)).center();
-    QTest::mouseClick(table()->viewport(), Qt::LeftButton, {}, place);
-    QTest::mouseDClick(table()->viewport(), Qt::LeftButton, {}, place);
-    return table()->viewport()->findChild<QLineEdit *>();
 }
 
 void TestCanMessageBuilder::formIsAsApplicationsKnowIt()
 {
-    QCOMPARE(m_builder->windowTitle(), QStringLiteral("Dialog"));
+    QCOMPARE(m_form->builder.windowTitle(), QStringLiteral("Dialog"));
     QCOMPARE(m_form->find<QLabel>("label")->text(), QStringLiteral("CAN Trigger Message"));
+    QCOMPARE(m_form->find<QGroupBox>("groupBox")->title(), QStringLiteral("Message Builder"));
     QCOMPARE(m_form->find<QAbstractButton>("btn_build")->text(), QStringLiteral("Build"));
     QCOMPARE(m_form->find<QAbstractButton>("btn_ok")->text(), QStringLiteral("Ok"));
     QCOMPARE(m_form->find<QAbstractButton>("btn_cancel")->text(), QStringLiteral("Cancel"));
     QCOMPARE(m_form->pages(),
              (QStringList{QStringLiteral("tab NMT"), QStringLiteral("tab_2 PDO"), QStringLiteral("tab_3 SDO"),
                           QStringLiteral("tab_4 Heartbeat"), QStringLiteral("tab_5 EMCY")}));
-    QCOMPARE(table()->rowCount(), 1);
+    QCOMPARE(m_form->find<QTabWidget>("tabWidget")->currentIndex(), 0);
+    QCOMPARE(m_form->table()->rowCount(), 1);
     QStringList headers;
-    for (int i = 0; i < table()->columnCount(); ++i)
-        headers += table()->horizontalHeaderItem(i)->text();
+    for (int i = 0; i < m_form->table()->columnCount(); ++i)
+        headers += m_form->table()->horizontalHeaderItem(i)->text();
     QCOMPARE(headers, texts("CAN-ID 0 1 2 3 4 5 6 7"));
-    QCOMPARE(table()->verticalHeaderItem(0)->text(), QStringLiteral("New Row"));
-}
-
-void TestCanMessageBuilder::rowHasASizeThatSuitsItsFont()
-{
-    QCOMPARE(table()->maximumHeight(), 50);
-    QCOMPARE(table()->horizontalHeader()->defaultSectionSize(), 50);
-    QCOMPARE(table()->rowHeight(0), 23);
-    QVERIFY(!table()->horizontalHeader()->highlightSections());
-    QVERIFY(!table()->verticalHeader()->highlightSections());
-    QVERIFY(!table()->horizontalHeader()->stretchLastSection());
-    for (int column = 1; column < table()->columnCount(); ++column)
-        QCOMPARE(table()->columnWidth(column), 50);
-}
-
-void TestCanMessageBuilder::identifierHasRoom()
-{
-    m_builder->setCurrentMessage(texts("0x77f"));
-    QVERIFY(table()->columnWidth(0) >= table()->sizeHintForIndex(table()->model()->index(0, 0)).width());
-    QVERIFY(table()->columnWidth(0) >= table()->horizontalHeader()->sectionSizeHint(0));
-}
-
-void TestCanMessageBuilder::rowGrowsWithTheFont()
-{
-    QFont large = m_usualFont;
-    large.setPointSizeF(2 * m_usualFont.pointSizeF());
-    QApplication::setFont(large);
-    init();
-    QVERIFY(table()->rowHeight(0) >= QFontMetrics(large).height());
-    QTRY_VERIFY(table()->viewport()->height() >= table()->rowHeight(0));
-    QVERIFY(table()->columnWidth(1) >= QFontMetrics(large).horizontalAdvance(QStringLiteral("0xff")));
-    QVERIFY(table()->viewport()->width() >= table()->horizontalHeader()->length());
+    QCOMPARE(m_form->table()->verticalHeaderItem(0)->text(), QStringLiteral("New Row"));
 }
 
 void TestCanMessageBuilder::numberHasItsRange_data()
@@ -167,11 +100,29 @@ void TestCanMessageBuilder::boxHasItsChoices()
     QTEST(m_form->items(name.toLatin1().constData()), "texts");
 }
 
+void TestCanMessageBuilder::fieldHasItsLabel_data()
+{
+    addLabelsOfThePages();
+}
+
+void TestCanMessageBuilder::fieldHasItsLabel()
+{
+    QFETCH(QString, field);
+    QTEST(m_form->labelOf(field.toLatin1().constData()), "label");
+}
+
 void TestCanMessageBuilder::everyErrorClassIsThereWithItsKey()
 {
     const auto *box = m_form->find<QComboBox>("comboBox_emcyCode");
     QCOMPARE(box->count(), 25);
     QCOMPARE(entriesByKey(*box), emergencyTexts());
+}
+
+void TestCanMessageBuilder::errorClassesSpeakTheLanguageOfTheApplication()
+{
+    const MarkingTranslator translator;
+    const RowBuilderForm translated;
+    QVERIFY(translated.items("comboBox_emcyCode").contains(MarkingTranslator::marked("Voltage")));
 }
 
 void TestCanMessageBuilder::buildShowsTheMessageOfThePage_data()
@@ -239,14 +190,14 @@ void TestCanMessageBuilder::buildShowsTheMessageOfThePage()
     m_form->goTo(page);
     fill(*m_form);
     m_form->build();
-    QTEST(m_builder->getCurrentMessage(), "row");
+    QTEST(m_form->builder.getCurrentMessage(), "row");
 }
 
 void TestCanMessageBuilder::commandBeyondTheListIsOpen()
 {
     m_form->find<QComboBox>("comboBox_nmtCmd")->setCurrentIndex(-1);
     m_form->build();
-    QCOMPARE(m_builder->getCurrentMessage(), texts("0x0 XX 0x1"));
+    QCOMPARE(m_form->builder.getCurrentMessage(), texts("0x0 XX 0x1"));
 }
 
 void TestCanMessageBuilder::objectTextThatIsNoNumberCountsAsZero()
@@ -254,7 +205,7 @@ void TestCanMessageBuilder::objectTextThatIsNoNumberCountsAsZero()
     m_form->goTo(QStringLiteral("SDO"));
     m_form->type("edt_sdoIndex", QStringLiteral("speed"));
     m_form->build();
-    QCOMPARE(m_builder->getCurrentMessage(), texts("0x581 XX 0x0 0x0 0x0 XX XX XX XX"));
+    QCOMPARE(m_form->builder.getCurrentMessage(), texts("0x581 XX 0x0 0x0 0x0 XX XX XX XX"));
 }
 
 void TestCanMessageBuilder::subindexBeyondAByteIsOpen_data()
@@ -277,102 +228,19 @@ void TestCanMessageBuilder::subindexBeyondAByteIsOpen()
     m_form->goTo(QStringLiteral("SDO"));
     m_form->type("edt_sdoSub", subindex);
     m_form->build();
-    QTEST(cell(4)->text(), "shown");
-}
-
-void TestCanMessageBuilder::shorterMessageLeavesNothingOfALongerOne()
-{
-    m_builder->buildSdoMessage();
-    m_builder->buildHeartbeatMessage();
-    QVERIFY(cell(1));
-    for (int column = 2; column < table()->columnCount(); ++column)
-        QVERIFY(!cell(column));
-}
-
-void TestCanMessageBuilder::messageWithoutBytesHasOnlyItsIdentifier()
-{
-    CanMessageBuilder::CMBMessage message;
-    message.id = 0xFFFFFFFF;
-    m_builder->setNewMessage(message);
-    QCOMPARE(m_builder->getCurrentMessage(), texts("0xffffffff"));
-}
-
-void TestCanMessageBuilder::valueAbove255IsOpen()
-{
-    CanMessageBuilder::CMBMessage message;
-    message.length = 4;
-    message.data[0] = 0;
-    message.data[1] = 0xFF;
-    message.data[2] = 0x100;
-    message.data[3] = 0xFFFF;
-    m_builder->setNewMessage(message);
-    QCOMPARE(m_builder->getCurrentMessage(), texts("0x0 0x0 0xff XX XX"));
-}
-
-void TestCanMessageBuilder::lengthBeyondTheBytesShowsThemAll()
-{
-    CanMessageBuilder::CMBMessage message;
-    message.length = 255;
-    m_builder->setNewMessage(message);
-    QCOMPARE(m_builder->getCurrentMessage(), texts("0x0 XX XX XX XX XX XX XX XX"));
+    QTEST(m_form->cell(4)->text(), "shown");
 }
 
 void TestCanMessageBuilder::shortcutBuilds()
 {
-    QApplication::setActiveWindow(m_builder.get());
-    QTest::keyClick(m_builder.get(), Qt::Key_B, Qt::ControlModifier);
-    QTRY_COMPARE(m_builder->getCurrentMessage(), texts("0x0 0x80 0x1"));
-}
-
-void TestCanMessageBuilder::listFillsTheRowFromItsStart()
-{
-    m_builder->setCurrentMessage(texts("0x701 0x5"));
-    QCOMPARE(cell(0)->text(), QStringLiteral("0x701"));
-    QCOMPARE(cell(1)->text(), QStringLiteral("0x5"));
-    QVERIFY(!cell(2));
-}
-
-void TestCanMessageBuilder::listLeavesTheCellsBehindIt()
-{
-    m_builder->setCurrentMessage(texts("a b c d e f g h i"));
-    m_builder->setCurrentMessage(texts("1 2"));
-    QCOMPARE(m_builder->getCurrentMessage(), texts("1 2 c d e f g h i"));
-}
-
-void TestCanMessageBuilder::emptyListChangesNothing()
-{
-    m_builder->setCurrentMessage(texts("a b"));
-    m_builder->setCurrentMessage({});
-    QCOMPARE(m_builder->getCurrentMessage(), texts("a b"));
-}
-
-void TestCanMessageBuilder::textsBeyondTheRowAreDropped()
-{
-    m_builder->setCurrentMessage(texts("a b c d e f g h i j k"));
-    QCOMPARE(m_builder->getCurrentMessage(), texts("a b c d e f g h i"));
-    QCOMPARE(table()->columnCount(), 9);
-}
-
-void TestCanMessageBuilder::emptyCellsLeaveNoGap()
-{
-    m_builder->setCurrentMessage({QString(), QStringLiteral("b"), QString(), QStringLiteral("d")});
-    QCOMPARE(m_builder->getCurrentMessage(), texts("b d"));
-}
-
-void TestCanMessageBuilder::typedCellIsTakenAsItIs()
-{
-    m_builder->setCurrentMessage(texts("0x1"));
-    QLineEdit *editor = editCell(0);
-    QVERIFY(editor);
-    editor->selectAll();
-    QTest::keyClicks(editor, QStringLiteral("any text"));
-    QTest::keyClick(editor, Qt::Key_Tab);
-    QCOMPARE(m_builder->getCurrentMessage(), QStringList{QStringLiteral("any text")});
+    QApplication::setActiveWindow(&m_form->builder);
+    QTest::keyClick(&m_form->builder, Qt::Key_B, Qt::ControlModifier);
+    QTRY_COMPARE(m_form->builder.getCurrentMessage(), texts("0x0 0x80 0x1"));
 }
 
 void TestCanMessageBuilder::buttonsCloseTheDialog()
 {
-    QSignalSpy finished(m_builder.get(), &QDialog::finished);
+    QSignalSpy finished(&m_form->builder, &QDialog::finished);
     m_form->click("btn_ok");
     QCOMPARE(finished.takeLast(), QVariantList{QDialog::Accepted});
     QVERIFY(m_form->show());
@@ -382,32 +250,20 @@ void TestCanMessageBuilder::buttonsCloseTheDialog()
 
 void TestCanMessageBuilder::enterAccepts()
 {
-    QSignalSpy accepted(m_builder.get(), &QDialog::accepted);
+    QSignalSpy accepted(&m_form->builder, &QDialog::accepted);
     m_form->find<QSpinBox>("spinBox_nmtNodeId")->setFocus();
     QTest::keyClick(m_form->find<QSpinBox>("spinBox_nmtNodeId"), Qt::Key_Return);
     QCOMPARE(accepted.count(), 1);
 }
 
-void TestCanMessageBuilder::enterInACellEndsTheEditingOnly()
-{
-    m_builder->setCurrentMessage(texts("0x1"));
-    QSignalSpy finished(m_builder.get(), &QDialog::finished);
-    QLineEdit *editor = editCell(0);
-    QVERIFY(editor);
-    editor->setText(QStringLiteral("0x2"));
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTRY_COMPARE(m_builder->getCurrentMessage(), texts("0x2"));
-    QCOMPARE(finished.count(), 0);
-}
-
 void TestCanMessageBuilder::tabKeyWalksInReadingOrder()
 {
-    QApplication::setActiveWindow(m_builder.get());
-    table()->setFocus();
+    QApplication::setActiveWindow(&m_form->builder);
+    m_form->table()->setFocus();
     QList<QWidget *> order = {m_form->find<QTabWidget>("tabWidget")->tabBar()};
     for (const char *name : {"spinBox_nmtNodeId", "comboBox_nmtCmd", "btn_build", "btn_ok", "btn_cancel"})
         order += m_form->find<QWidget>(name);
-    order += table();
+    order += m_form->table();
     for (QWidget *expected : qAsConst(order)) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), expected);

@@ -1,4 +1,5 @@
 #include "canopenchoices.h"
+#include "markingtranslator.h"
 
 #include <QComboBox>
 #include <QtTest>
@@ -18,6 +19,8 @@ private slots:
     void objectIsReadInHexadecimal_data();
     void objectIsReadInHexadecimal();
     void boxHasEachClassInTheOrderOfTheHash();
+    void classesKeepTheirTextsInAnotherLanguage();
+    void boxSpeaksTheLanguageOfTheApplication();
 };
 
 void TestCanOpenChoices::commandHasItsByte_data()
@@ -123,6 +126,21 @@ void TestCanOpenChoices::boxHasEachClassInTheOrderOfTheHash()
         QCOMPARE(box.itemData(i), QVariant(int(keys.at(i))));
         QCOMPARE(box.itemText(i), classes.value(keys.at(i)));
     }
+}
+
+void TestCanOpenChoices::classesKeepTheirTextsInAnotherLanguage()
+{
+    const MarkingTranslator translator;
+    QCOMPARE(CanOpenChoices::emergencyClasses().value(0x30), QStringLiteral("Voltage"));
+}
+
+void TestCanOpenChoices::boxSpeaksTheLanguageOfTheApplication()
+{
+    const QHash<unsigned char, QString> classes = CanOpenChoices::emergencyClasses();
+    const MarkingTranslator translator;
+    QComboBox box;
+    CanOpenChoices::fillEmergencyBox(&box, classes);
+    QCOMPARE(box.itemText(box.findData(0x30)), MarkingTranslator::marked("Voltage"));
 }
 
 QTEST_MAIN(TestCanOpenChoices)

@@ -2,6 +2,7 @@
 #include "canopenmessagebuilderdialog.h"
 #include "canrawmessageeditor.h"
 #include "comparedrecords.h"
+#include "markingtranslator.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -15,6 +16,13 @@
 using CANRAW::CanRawCompareMessage;
 Q_DECLARE_METATYPE(std::function<void(BuilderForm &)>)
 
+// Applications are built with these numbers.
+static_assert(CANopenMessageBuilderDialog::BuildNmt == 0);
+static_assert(CANopenMessageBuilderDialog::BuildPdo == 1);
+static_assert(CANopenMessageBuilderDialog::BuildSdo == 2);
+static_assert(CANopenMessageBuilderDialog::BuildHeartbeat == 3);
+static_assert(CANopenMessageBuilderDialog::BuildEmcy == 4);
+
 class TestCANopenMessageBuilderDialog : public QObject
 {
     Q_OBJECT
@@ -27,7 +35,10 @@ private slots:
     void pdoLengthStartsAtZero();
     void boxHasItsChoices_data();
     void boxHasItsChoices();
+    void fieldHasItsLabel_data();
+    void fieldHasItsLabel();
     void everyErrorClassIsThereWithItsKey();
+    void errorClassesSpeakTheLanguageOfTheApplication();
     void buildFillsTheEditor_data();
     void buildFillsTheEditor();
     void buildLeavesTheFlagsUnchecked();
@@ -39,6 +50,7 @@ private slots:
     void entriesStayFromRunToRun();
     void buttonsCloseTheDialog();
     void enterAccepts();
+    void focusStartsAtTheIdentifier();
     void tabKeyWalksInReadingOrder();
     void withoutEditorTheMessageStaysAsItIs();
 
@@ -106,11 +118,30 @@ void TestCANopenMessageBuilderDialog::boxHasItsChoices()
     QTEST(m_form->items(name.toLatin1().constData()), "texts");
 }
 
+void TestCANopenMessageBuilderDialog::fieldHasItsLabel_data()
+{
+    addLabelsOfThePages();
+}
+
+void TestCANopenMessageBuilderDialog::fieldHasItsLabel()
+{
+    QFETCH(QString, field);
+    QTEST(m_form->labelOf(field.toLatin1().constData()), "label");
+}
+
 void TestCANopenMessageBuilderDialog::everyErrorClassIsThereWithItsKey()
 {
     const auto *box = m_form->find<QComboBox>("comboBox_emcyCode");
     QCOMPARE(box->count(), 25);
     QCOMPARE(entriesByKey(*box), emergencyTexts());
+}
+
+void TestCANopenMessageBuilderDialog::errorClassesSpeakTheLanguageOfTheApplication()
+{
+    const MarkingTranslator translator;
+    CANopenMessageBuilderDialog translated(nullptr);
+    const BuilderForm form(translated, "btnBuild");
+    QVERIFY(form.items("comboBox_emcyCode").contains(MarkingTranslator::marked("Voltage")));
 }
 
 void TestCANopenMessageBuilderDialog::buildFillsTheEditor_data()
@@ -265,6 +296,12 @@ void TestCANopenMessageBuilderDialog::enterAccepts()
     identifier->setFocus();
     QTest::keyClick(identifier, Qt::Key_Return);
     QCOMPARE(accepted.count(), 1);
+}
+
+void TestCANopenMessageBuilderDialog::focusStartsAtTheIdentifier()
+{
+    QApplication::setActiveWindow(m_dialog.get());
+    QCOMPARE(QApplication::focusWidget(), m_form->find<QWidget>("edtCanId"));
 }
 
 void TestCANopenMessageBuilderDialog::tabKeyWalksInReadingOrder()
