@@ -14,6 +14,26 @@ constexpr int hexadecimal = 16;
 // number of 2, and 17 characters around them, make 247.
 constexpr std::size_t lineCapacity = 256;
 
+/// Each byte as it stands in a line: two digits and a blank. One more character makes it a word of the machine, which is
+/// copied at once, and the next byte overwrites it.
+constexpr std::size_t byteTextSize = 3;
+constexpr std::size_t copiedTextSize = 4;
+struct ByteTexts
+{
+    constexpr ByteTexts()
+    {
+        constexpr char digits[] = "0123456789abcdef";
+        for (unsigned byte = 0; byte < 256; ++byte) {
+            texts[byte][0] = digits[byte >> 4U];
+            texts[byte][1] = digits[byte & 0xFU];
+            texts[byte][2] = ' ';
+        }
+    }
+
+    char texts[256][copiedTextSize] = {};
+};
+constexpr ByteTexts byteTexts;
+
 enum class Alignment { Left, Right };
 
 /// A line in the making. Log lines are made by the ten thousand each second, beside the user interface: so each number
@@ -53,15 +73,15 @@ public:
     /// In hexadecimal, with a blank between bytes.
     void addBytes(const quint8 *bytes, int count)
     {
-        constexpr char digits[] = "0123456789abcdef";
+        if (count == 0)
+            return;
+        // In a local variable: characters may be anything, even the member, which would be read anew each time.
+        char *end = m_end;
         for (int i = 0; i < count; ++i) {
-            m_end[0] = digits[bytes[i] >> 4U];
-            m_end[1] = digits[bytes[i] & 0xFU];
-            m_end[2] = ' ';
-            m_end += 3;
+            std::memcpy(end, byteTexts.texts[bytes[i]], copiedTextSize);
+            end += byteTextSize;
         }
-        if (count > 0)
-            --m_end;
+        m_end = end - 1;
     }
 
     QByteArray toByteArray() const { return {m_text, static_cast<int>(m_end - m_text)}; }

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 namespace {
-constexpr int decimal = 10;
-constexpr int hexadecimal = 16;
-constexpr int detectedBase = 0;
+constexpr unsigned decimal = 10;
+constexpr unsigned hexadecimal = 16;
+constexpr unsigned detectedBase = 0;
 
 /// The parts of a text between blanks, without empty ones, in one pass and without a copy.
 class Words
@@ -53,29 +53,45 @@ struct Fields
     QStringView last;
 };
 
-/// -1 for what is no digit.
-int digitOf(QChar character)
+/// What each character of ASCII is worth as a digit of any base up to 16; more than a digit for what is none.
+struct DigitValues
+{
+    constexpr DigitValues()
+    {
+        for (quint8 &value : values)
+            value = none;
+        for (quint8 digit = 0; digit < decimal; ++digit)
+            values['0' + digit] = digit;
+        for (quint8 digit = decimal; digit < hexadecimal; ++digit) {
+            values['a' + digit - decimal] = digit;
+            values['A' + digit - decimal] = digit;
+        }
+    }
+
+    static constexpr quint8 none = 0xFF;
+    quint8 values[128] = {};
+};
+constexpr DigitValues digitValues;
+
+unsigned digitOf(QChar character)
 {
     const ushort code = character.unicode();
-    if (code >= '0' && code <= '9')
-        return code - '0';
-    const ushort lower = code | 0x20U;
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + decimal : -1;
+    return code < std::size(digitValues.values) ? digitValues.values[code] : DigitValues::none;
 }
 
 /// Reads what nearly all numbers of a recording are: a few digits of a known base, too few to overflow. False for
 /// all others, which are left to QString with its signs, blanks and prefixes.
-bool readPlainNumber(QStringView text, int base, quint32 &number)
+bool readPlainNumber(QStringView text, unsigned base, quint32 &number)
 {
     constexpr int safeDigits = 8;
     if (text.isEmpty() || text.size() > safeDigits)
         return false;
     quint32 value = 0;
     for (const QChar character : text) {
-        const int digit = digitOf(character);
-        if (digit < 0 || digit >= base)
+        const unsigned digit = digitOf(character);
+        if (digit >= base)
             return false;
-        value = value * static_cast<quint32>(base) + static_cast<quint32>(digit);
+        value = value * base + digit;
     }
     number = value;
     return true;
@@ -87,10 +103,10 @@ qint32 signedNumber(QStringView text)
     return readPlainNumber(text, decimal, number) ? static_cast<qint32>(number) : text.toString().toInt();
 }
 
-quint32 unsignedNumber(QStringView text, int base)
+quint32 unsignedNumber(QStringView text, unsigned base)
 {
     quint32 number = 0;
-    return readPlainNumber(text, base, number) ? number : text.toString().toUInt(nullptr, base);
+    return readPlainNumber(text, base, number) ? number : text.toString().toUInt(nullptr, static_cast<int>(base));
 }
 
 quint32 hexadecimalNumber(QStringView text)
