@@ -5,7 +5,6 @@
 namespace {
 constexpr unsigned decimal = 10;
 constexpr unsigned hexadecimal = 16;
-constexpr unsigned detectedBase = 0;
 
 /// The parts of a text between blanks, without empty ones, in one pass and without a copy.
 class Words
@@ -128,8 +127,12 @@ quint8 bracketedLength(QStringView text)
 {
     const auto end = std::find(text.begin(), text.end(), QLatin1Char(')'));
     const QStringView number = text.left(end - text.begin()).mid(std::min<qsizetype>(1, end - text.begin()));
-    const bool plain = number.size() == 1 || (!number.isEmpty() && number[0] != QLatin1Char('0'));
-    return static_cast<quint8>(unsignedNumber(number, plain ? decimal : detectedBase));
+    // A zero at the front may mean another base than ten.
+    const bool startsBase = number.size() > 1 && number[0] == QLatin1Char('0');
+    quint32 length = 0;
+    if (startsBase || !readPlainNumber(number, decimal, length))
+        length = number.toString().toUInt(nullptr, 0);
+    return static_cast<quint8>(length);
 }
 
 QStringView beforeSlash(QStringView text)

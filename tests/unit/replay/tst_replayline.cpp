@@ -156,6 +156,7 @@ void TestReplayLine::logLengthStandsBetweenTheBrackets_data()
     QTest::newRow("one digit") << "(8):" << quint8(8);
     QTest::newRow("two digits") << "(64):" << quint8(64);
     QTest::newRow("hexadecimal") << "(0x10):" << quint8(16);
+    QTest::newRow("hexadecimal with a sign") << "(+0x10):" << quint8(16);
     QTest::newRow("octal") << "(010):" << quint8(8);
     QTest::newRow("more than a frame holds") << "(200):" << quint8(200);
     QTest::newRow("nine bits") << "(257):" << quint8(1);
