@@ -6,8 +6,6 @@
 #include <string_view>
 
 namespace {
-using std::string_view_literals::operator""sv;
-
 constexpr int decimal = 10;
 constexpr int hexadecimal = 16;
 // The longest line: stamps of 11 characters, an identifier of 8 and of 10, a length of 3, 64 bytes of data, a flag
@@ -110,15 +108,15 @@ QByteArray logMessageLine(const CAN::CanRxMessage &message)
     line.add(message.timeStamp.seconds, decimal, 3, ' ');
     line.add('.');
     line.add(message.timeStamp.microseconds, decimal, 6, '0');
-    line.add(" 0x"sv);
+    line.add(" 0x");
     line.add(frame.id, hexadecimal, 3, '0');
     line.add('/');
     line.add(frame.id, decimal, 4, ' ', Alignment::Left);
-    line.add(" ("sv);
+    line.add(" (");
     line.add(unsigned{frame.length}, decimal);
-    line.add("): "sv);
+    line.add("): ");
     if (frame.rtr)
-        line.add("Remote Transmission Request"sv);
+        line.add("Remote Transmission Request");
     else
         line.addBytes(frame.data, std::min<int>(frame.length, CAN::maxDataLength));
     line.add(';');
