@@ -8,8 +8,8 @@
 namespace {
 constexpr int decimal = 10;
 constexpr int hexadecimal = 16;
-// The longest line: stamps of 11 characters, an identifier of 8 and of 10, a length of 3, 64 bytes of data, a flag
-// number of 2, and 17 characters around them, make 247.
+// The longest line: stamps of 11 characters, an identifier of 8 and of 10, a length of 3, 191 for
+// 64 bytes of data, a flag number of 2, and 13 around them, make 249.
 constexpr std::size_t lineCapacity = 256;
 
 /// Each byte as it stands in a line: two digits and a blank. One more character makes it a word of the machine, which is
