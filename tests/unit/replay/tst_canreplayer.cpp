@@ -1,6 +1,7 @@
 #include "canreplayer.h"
 #include "fakeadapter.h"
 #include "recording.h"
+#include "writtenframes.h"
 
 #include <QtTest>
 
@@ -63,13 +64,7 @@ struct Replay
         return QTest::qWaitFor([this, count] { return ends.size() >= count; }, bound);
     }
 
-    QString written() const
-    {
-        QStringList ids = adapter.calls();
-        for (QString &line : ids)
-            line = line.section(QLatin1Char(' '), 1).section(QLatin1Char('#'), 0, 0);
-        return ids.join(QLatin1Char(' '));
-    }
+    QString written() const { return writtenFrames(adapter); }
 
     QStringList told() const
     {

@@ -1,6 +1,7 @@
 #include "fakeadapter.h"
 #include "recording.h"
 #include "replayworker.h"
+#include "writtenframes.h"
 
 #include <QtTest>
 
@@ -85,14 +86,7 @@ public:
             m_thread.join();
     }
 
-    /// What was written: "001 002".
-    QString written() const
-    {
-        QStringList ids = adapter.calls();
-        for (QString &line : ids)
-            line = line.section(QLatin1Char(' '), 1).section(QLatin1Char('#'), 0, 0);
-        return ids.join(QLatin1Char(' '));
-    }
+    QString written() const { return writtenFrames(adapter); }
 
     QStringList texts() const { return m_texts.lines(); }
     int ends() const { return m_ends.lines().size(); }
