@@ -38,52 +38,77 @@ TraceStore::TraceStore(Limits limits)
 {
 }
 
+struct TraceStore::Garbage
+{
+    std::deque<std::shared_ptr<Chunk>> chunks;
+    std::deque<CachedBlock> cache;
+    std::map<unsigned, QStringList> notes;
+    std::shared_ptr<TraceFile> file;
+};
+
 std::optional<TraceStore::Failure> TraceStore::append(const CAN::CanRxMessage &message)
 {
+    return append(&message, 1);
+}
+
+std::optional<TraceStore::Failure> TraceStore::append(const CAN::CanRxMessage *messages, unsigned count,
+                                                      const std::vector<PlacedNotes> &notes)
+{
     Lock lock(m_mutex);
-    while (m_count == m_capacity) {
-        if (makeRoom(lock))
-            continue;
-        ++m_lost;
-        if (m_failureTold)
-            return std::nullopt;
-        m_failureTold = true;
-        return m_failure;
+    auto nextNotes = notes.begin();
+    unsigned done = 0;
+    while (done < count) {
+        if (m_count == m_capacity) {
+            if (makeRoom(lock))
+                continue;
+            m_lost += count - done;
+            if (m_failureTold)
+                return std::nullopt;
+            m_failureTold = true;
+            return m_failure;
+        }
+        const unsigned taken = std::min({count - done, m_capacity - m_count, chunkFrames - m_count % chunkFrames});
+        for (; nextNotes != notes.end() && nextNotes->place < done + taken; ++nextNotes)
+            m_notes[m_count + (nextNotes->place - done)] = nextNotes->notes;
+        copyIn(messages + done, taken);
+        done += taken;
     }
-    std::memcpy(chunkOf(m_count).at(m_count % chunkFrames), &message, recordSize);
-    if (!m_nextNotes.isEmpty())
-        m_notes.emplace(m_count, std::exchange(m_nextNotes, {}));
-    ++m_count;
     return std::nullopt;
 }
 
 void TraceStore::clear()
 {
-    // Declared before the lock: memory and file are given back when others can go on.
-    std::deque<std::shared_ptr<Chunk>> chunks;
-    std::deque<CachedBlock> cache;
-    std::map<unsigned, QStringList> notes;
-    std::shared_ptr<TraceFile> file;
-
+    Garbage garbage;
     const std::lock_guard lock(m_mutex);
-    m_chunks.swap(chunks);
-    m_cache.swap(cache);
-    m_notes.swap(notes);
-    m_file.swap(file);
-    m_nextNotes.clear();
-    m_count = 0;
-    m_capacity = 0;
-    m_chunksInFile = 0;
-    m_failure.reset();
-    m_failureTold = false;
-    m_lost = 0;
-    ++m_generation;
+    forgetAll(garbage);
+}
+
+bool TraceStore::clearIfCount(unsigned count)
+{
+    Garbage garbage;
+    const std::lock_guard lock(m_mutex);
+    if (m_count != count)
+        return false;
+    forgetAll(garbage);
+    return true;
 }
 
 unsigned TraceStore::count() const
 {
     const std::lock_guard lock(m_mutex);
     return m_count;
+}
+
+std::optional<TraceStore::Failure> TraceStore::failure() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_failure;
+}
+
+quint64 TraceStore::generation() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_generation;
 }
 
 quint64 TraceStore::lost() const
@@ -155,7 +180,12 @@ QVector<CAN::CanRxMessage> TraceStore::readRange(unsigned first, unsigned count)
         }
     }
     // Frames that were there do not change, so the copying needs no lock.
-    QVector<CAN::CanRxMessage> frames(static_cast<int>(end - first));
+    QVector<CAN::CanRxMessage> frames;
+    try {
+        frames.resize(static_cast<int>(end - first));
+    } catch (const std::bad_alloc &) {
+        return {};
+    }
     auto *to = reinterpret_cast<unsigned char *>(frames.data());
     unsigned next = first;
     if (next < inFile) {
@@ -192,6 +222,26 @@ QStringList TraceStore::notes(unsigned index) const
     const std::lock_guard lock(m_mutex);
     const auto found = m_notes.find(index);
     return found == m_notes.end() ? QStringList() : found->second;
+}
+
+std::vector<TraceStore::PlacedNotes> TraceStore::notesOfRange(unsigned first, unsigned count) const
+{
+    std::vector<PlacedNotes> found;
+    const std::lock_guard lock(m_mutex);
+    for (auto notes = m_notes.lower_bound(first); notes != m_notes.end() && notes->first - first < count; ++notes)
+        found.push_back({notes->first - first, notes->second});
+    return found;
+}
+
+/// For as many as fit into the chunk that grows.
+void TraceStore::copyIn(const CAN::CanRxMessage *messages, unsigned count)
+{
+    if (!m_nextNotes.isEmpty()) {
+        QStringList &notes = m_notes[m_count];
+        notes = std::exchange(m_nextNotes, {}) + notes;
+    }
+    std::memcpy(chunkOf(m_count).at(m_count % chunkFrames), messages, count * recordSize);
+    m_count += count;
 }
 
 /// True if it is worth to look again, false if there is no room.
@@ -259,6 +309,22 @@ std::optional<TraceStore::Failure> TraceStore::writeChunk(const Chunk &chunk, un
     if (error != 0)
         return Failure{Failure::WriteFailed, error, file->directory()};
     return std::nullopt;
+}
+
+void TraceStore::forgetAll(Garbage &garbage)
+{
+    m_chunks.swap(garbage.chunks);
+    m_cache.swap(garbage.cache);
+    m_notes.swap(garbage.notes);
+    m_file.swap(garbage.file);
+    m_nextNotes.clear();
+    m_count = 0;
+    m_capacity = 0;
+    m_chunksInFile = 0;
+    m_failure.reset();
+    m_failureTold = false;
+    m_lost = 0;
+    ++m_generation;
 }
 
 TraceStore::Chunk &TraceStore::chunkOf(unsigned index) const

@@ -42,13 +42,31 @@ public:
         std::string directory; ///< of the file, where there is one
     };
 
+    /// The notes of one frame among several.
+    struct PlacedNotes
+    {
+        unsigned place;
+        QStringList notes;
+    };
+
     explicit TraceStore(Limits limits);
 
     /// A failure is told once, with the first frame that is lost; that frame and all later ones only count as lost.
     std::optional<Failure> append(const CAN::CanRxMessage &message);
+    /// Many frames at little more than the cost of copying them. They stay together unless a chunk moves to the file
+    /// in the middle and somebody else appends at that moment.
+    /// @param notes with the place of their frame among these, in rising order
+    std::optional<Failure> append(const CAN::CanRxMessage *messages, unsigned count,
+                                  const std::vector<PlacedNotes> &notes = {});
     void clear();
+    /// clear(), unless there are other frames than that many by now; tells whether it did.
+    bool clearIfCount(unsigned count);
 
     unsigned count() const;
+    /// Why no more frames are taken, if so.
+    std::optional<Failure> failure() const;
+    /// A number that changes with clear(): indexes from before mean other frames after.
+    quint64 generation() const;
     quint64 lost() const;
     /// How many of the frames are in the file and no longer in memory.
     unsigned framesInFile() const;
@@ -56,12 +74,15 @@ public:
     std::optional<CAN::CanRxMessage> last() const;
     /// False past the end, or if the file does not give the frame back.
     bool read(CAN::CanRxMessage &message, unsigned index) const;
-    /// Ends early at the end of the trace, after rangeFrames and at what the file does not give back.
+    /// Ends early at the end of the trace and after rangeFrames. None at all if the file does not give them back, or if
+    /// there is no memory for them.
     QVector<CAN::CanRxMessage> readRange(unsigned first, unsigned count) const;
 
     void addNoteToNext(const QString &note);
     void addNoteToLast(const QString &note);
     QStringList notes(unsigned index) const;
+    /// Those of the `count` frames from `first` on, with their places from `first`.
+    std::vector<PlacedNotes> notesOfRange(unsigned first, unsigned count) const;
 
 private:
     using Lock = std::unique_lock<std::mutex>;
@@ -77,10 +98,14 @@ private:
         std::shared_ptr<const Block> block;
     };
 
+    void copyIn(const CAN::CanRxMessage *messages, unsigned count);
     bool makeRoom(Lock &lock);
     bool moveOldestToFile(Lock &lock);
     bool addChunk();
     std::optional<Failure> writeChunk(const Chunk &chunk, unsigned number, std::shared_ptr<TraceFile> &file) const;
+    /// What clear() gives back, to be freed when others can go on.
+    struct Garbage;
+    void forgetAll(Garbage &garbage);
     Chunk &chunkOf(unsigned index) const;
     std::shared_ptr<const Block> cachedBlock(unsigned number) const;
     void keepBlock(unsigned number, std::shared_ptr<const Block> block) const;
