@@ -18,6 +18,7 @@ constexpr quint32 optionHeadBytes = 4;
 constexpr quint16 knownVersion = 1;
 /// Packets of interfaces beyond are passed over: so many are no capture but an attempt on our memory.
 constexpr std::size_t maxInterfaces = 65536;
+constexpr quint32 skippedAtOnce = 1U << 20;
 
 bool isLength(quint32 length)
 {
@@ -54,6 +55,8 @@ PcapngReader::PcapngReader(CaptureInput &input)
 
 CaptureReader::Step PcapngReader::next(CAN::CanRxMessage &frame, QStringList &notes)
 {
+    if (m_unknownLength != 0)
+        return skipUnknown();
     if (m_input.atEnd())
         return End;
     const uchar *head = m_input.peek(blockHeadBytes);
@@ -65,8 +68,11 @@ CaptureReader::Step PcapngReader::next(CAN::CanRxMessage &frame, QStringList &no
     const quint32 length = m_order.u32(head + 4);
     if (!isLength(length))
         return Damaged;
-    if (!isKnown(type))
-        return skipUnknown(length);
+    if (!isKnown(type)) {
+        m_unknownLength = length;
+        m_unknownLeft = length - trailerBytes;
+        return skipUnknown();
+    }
     if (length > Pcapng::maxBlockBytes)
         return Damaged;
     const uchar *block = m_input.peek(length);
@@ -109,15 +115,21 @@ CaptureReader::Step PcapngReader::readSection()
     return NoPacket;
 }
 
-CaptureReader::Step PcapngReader::skipUnknown(quint32 length)
+/// By steps, so that whoever reads can give up in the middle of gigabytes.
+CaptureReader::Step PcapngReader::skipUnknown()
 {
-    if (!m_input.skip(length - trailerBytes))
+    const quint32 step = std::min(m_unknownLeft, skippedAtOnce);
+    if (!m_input.skip(step))
         return CutOff;
+    m_unknownLeft -= step;
+    if (m_unknownLeft > 0)
+        return NoPacket;
     const uchar *trailer = m_input.peek(trailerBytes);
     if (trailer == nullptr)
         return CutOff;
-    if (m_order.u32(trailer) != length)
+    if (m_order.u32(trailer) != m_unknownLength)
         return Damaged;
+    m_unknownLength = 0;
     m_input.skip(trailerBytes);
     return NoPacket;
 }

@@ -36,7 +36,7 @@ private:
     explicit PcapngReader(CaptureInput &input);
 
     Step readSection();
-    Step skipUnknown(quint32 length);
+    Step skipUnknown();
     Step readBody(quint32 type, Body body, CAN::CanRxMessage &frame, QStringList &notes);
     Step readInterface(Body body);
     Step readSimplePacket(Body body, CAN::CanRxMessage &frame);
@@ -54,6 +54,9 @@ private:
     bool m_own = false;
     std::vector<Interface> m_interfaces;
     CanTimeStamp m_lastStamp;
+    /// Of a block that is being passed over, or 0: its length, and how much of it is still to come.
+    quint32 m_unknownLength = 0;
+    quint32 m_unknownLeft = 0;
     bool m_hasCan = false;
     bool m_hasOther = false;
 };

@@ -4,7 +4,8 @@
 
 namespace {
 constexpr unsigned framesAtOnce = TraceStore::chunkFrames;
-constexpr qint64 progressInterval = 100; // ms
+/// Whoever cancels waits no longer than for this many bytes.
+constexpr quint64 bytesAtOnce = 1U << 20;
 /// Notes stay in memory, with so many bytes each beside the text. A file that is made of them must not fill it.
 constexpr quint64 noteOverhead = 96;
 constexpr quint64 maxNoteBytes = 64U << 20;
@@ -55,7 +56,7 @@ TraceImport::Outcome TraceImport::readAll(CaptureReader &reader, CaptureInput &i
             takeLate(notes);
         else if (step == CaptureReader::OtherPacket)
             ++m_result.otherPackets;
-        if (steps % framesAtOnce != 0)
+        if (!isTimeToCheck(input, steps))
             continue;
         if (m_cancelled)
             break;
@@ -74,6 +75,14 @@ TraceImport::Outcome TraceImport::readAll(CaptureReader &reader, CaptureInput &i
     if (reader.isForeign())
         return NotCan;
     return step == CaptureReader::End ? Complete : step == CaptureReader::CutOff ? CutOff : Damaged;
+}
+
+bool TraceImport::isTimeToCheck(const CaptureInput &input, unsigned steps)
+{
+    if (steps % framesAtOnce != 0 && input.position() < m_nextCheck)
+        return false;
+    m_nextCheck = input.position() + bytesAtOnce;
+    return true;
 }
 
 void TraceImport::take(const CAN::CanRxMessage &frame, QStringList &notes)
@@ -140,7 +149,7 @@ bool TraceImport::storageFailed() const
 
 void TraceImport::tellProgress(const CaptureInput &input)
 {
-    if (m_sinceProgress.elapsed() < progressInterval)
+    if (m_sinceProgress.elapsed() < m_listener.progressInterval)
         return;
     m_sinceProgress.start();
     const double size = std::max<double>(static_cast<double>(input.size()), 1.0);

@@ -44,8 +44,9 @@ public:
     {
         /// Now the first frame follows, or none will: the time to clear the store. Not called for what is refused.
         std::function<void()> begins;
-        /// In per cent, at most ten times a second, beside 0 and 100.
+        /// In per cent: 0, 100, and in between not before the interval has passed.
         std::function<void(double)> progressed;
+        qint64 progressInterval = 100; ///< ms
         /// As TraceStore::append() tells it.
         std::function<void(const TraceStore::Failure &)> storageFailed;
     };
@@ -57,6 +58,7 @@ public:
 
 private:
     Outcome readAll(CaptureReader &reader, CaptureInput &input);
+    bool isTimeToCheck(const CaptureInput &input, unsigned steps);
     void take(const CAN::CanRxMessage &frame, QStringList &notes);
     void takeLate(QStringList &notes);
     bool hasRoomFor(const QStringList &notes);
@@ -70,6 +72,7 @@ private:
     const Listener m_listener;
     Result m_result;
     bool m_began = false;
+    quint64 m_nextCheck = 0;
     QElapsedTimer m_sinceProgress;
     /// Frames and notes that wait for the store.
     std::vector<CAN::CanRxMessage> m_frames;
