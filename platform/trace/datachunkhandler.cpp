@@ -127,6 +127,8 @@ DatachunkHandler::DatachunkHandler(QObject *parent, unsigned int framesInMemory)
     TraceStore::Limits limits;
     limits.framesInMemory = framesInMemory;
     d = std::make_unique<DatachunkHandlerPrivate>(limits, this);
+    // importFinished() may have to cross threads.
+    qRegisterMetaType<DatachunkHelper::ImportFileType>();
 }
 
 DatachunkHandler::~DatachunkHandler()
@@ -235,7 +237,8 @@ QString DatachunkHandler::importRemark() const
 bool DatachunkHandler::saveQrmFile(QString fileName, QString *error) const
 {
     QSaveFile file(fileName);
-    const bool opened = file.open(QIODevice::WriteOnly);
+    // Qt forgets why its buffer could not be written.
+    const bool opened = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
     const TraceExport::Outcome outcome = opened ? TraceExport::run(d->store, file) : TraceExport::WriteFailed;
     if (outcome == TraceExport::Complete && file.commit())
         return true;

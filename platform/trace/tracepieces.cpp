@@ -14,29 +14,16 @@ TracePieces::TracePieces(const TraceStore &store, unsigned next)
 
 TracePieces::Outcome TracePieces::encodeNext(unsigned end)
 {
-    encodeLateNotes();
-    if (m_next >= end)
-        return Good;
-    const QVector<CAN::CanRxMessage> frames = m_store.readRange(m_next, std::min(end - m_next, pieceFrames));
-    if (frames.isEmpty())
-        return Unreadable;
-    const auto count = static_cast<unsigned>(frames.size());
-    const std::vector<TraceStore::PlacedNotes> notes = m_store.notesOfRange(m_next, count);
-    auto nextNotes = notes.begin();
-    m_notesOfLast = 0;
-    for (unsigned i = 0; i < count; ++i) {
-        const CAN::CanRxMessage &frame = frames.at(static_cast<int>(i));
-        if (nextNotes == notes.end() || nextNotes->place != i) {
-            m_encoder.addFrame(frame);
-            continue;
-        }
-        m_encoder.addFrame(frame, nextNotes->notes);
-        if (i + 1 == count)
-            m_notesOfLast = nextNotes->notes.size();
-        ++nextNotes;
+    TraceStore::Rest piece;
+    if (m_hasLast)
+        piece.notesBefore = m_store.notes(m_next - 1);
+    if (m_next < end) {
+        piece.frames = m_store.readRange(m_next, std::min(end - m_next, pieceFrames));
+        if (piece.frames.isEmpty())
+            return Unreadable;
+        piece.notes = m_store.notesOfRange(m_next, static_cast<unsigned>(piece.frames.size()));
     }
-    m_next += count;
-    m_hasLast = true;
+    encode(piece);
     return Good;
 }
 
@@ -47,14 +34,29 @@ void TracePieces::restart()
     m_notesOfLast = 0;
 }
 
-void TracePieces::encodeLateNotes()
+void TracePieces::encodeRestAndRestart(const TraceStore::Rest &rest)
 {
-    if (!m_hasLast)
-        return;
+    encode(rest);
+    restart();
+}
+
+void TracePieces::encode(const TraceStore::Rest &part)
+{
     // Only the last frame of a trace gets notes, so those before it have all of theirs.
-    const QStringList notes = m_store.notes(m_next - 1);
-    if (notes.size() == m_notesOfLast)
-        return;
-    m_encoder.addLateNotes(notes.mid(m_notesOfLast));
-    m_notesOfLast = notes.size();
+    if (m_hasLast && part.notesBefore.size() > m_notesOfLast) {
+        m_encoder.addLateNotes(part.notesBefore.mid(m_notesOfLast));
+        m_notesOfLast = part.notesBefore.size();
+    }
+    const auto count = static_cast<unsigned>(part.frames.size());
+    auto notes = part.notes.begin();
+    for (unsigned i = 0; i < count; ++i) {
+        const bool noted = notes != part.notes.end() && notes->place == i;
+        const CAN::CanRxMessage &frame = part.frames[static_cast<int>(i)];
+        noted ? m_encoder.addFrame(frame, notes->notes) : m_encoder.addFrame(frame);
+        m_notesOfLast = noted ? notes->notes.size() : 0;
+        if (noted)
+            ++notes;
+    }
+    m_next += count;
+    m_hasLast = m_hasLast || count > 0;
 }

@@ -16,15 +16,16 @@ public:
     Outcome encodeNext(unsigned end);
     /// The first frame that is not encoded yet.
     unsigned next() const { return m_next; }
-    /// The trace was cleared: goes on with the first frame of the new one.
+    /// The trace was cleared, without its rest or with it: goes on with the first frame of the new one.
     void restart();
+    void encodeRestAndRestart(const TraceStore::Rest &rest);
 
     /// The blocks since the last clearBytes().
     const QByteArray &bytes() const { return m_encoder.bytes(); }
     void clearBytes() { m_encoder.clear(); }
 
 private:
-    void encodeLateNotes();
+    void encode(const TraceStore::Rest &part);
 
     const TraceStore &m_store;
     TraceEncoder m_encoder;

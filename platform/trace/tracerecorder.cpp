@@ -11,7 +11,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds interval(250);
-/// Only a bus that is faster than the disk makes it take more.
+/// One will do, unless the trace moves frames to its file faster than we write them.
 constexpr int triesToClear = 100;
 
 /// Writes all bytes if the system lets it. Gives how many it wrote, and in `error` why not all.
@@ -70,13 +70,16 @@ void TraceRecorder::stop()
 void TraceRecorder::clearStore()
 {
     const std::lock_guard lock(m_mutex);
-    bool cleared = false;
-    for (int i = 0; i < triesToClear && m_descriptor != -1 && !cleared; ++i) {
+    for (int i = 0; i < triesToClear && m_descriptor != -1; ++i) {
         catchUp();
-        cleared = m_descriptor != -1 && m_store.clearIfCount(m_pieces->next());
+        TraceStore::Rest rest;
+        if (m_descriptor != -1 && m_store.clear(m_pieces->next(), rest)) {
+            m_pieces->encodeRestAndRestart(rest);
+            write();
+            return;
+        }
     }
-    if (!cleared)
-        m_store.clear();
+    m_store.clear();
     if (m_pieces)
         m_pieces->restart();
 }

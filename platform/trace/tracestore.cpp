@@ -83,12 +83,19 @@ void TraceStore::clear()
     forgetAll(garbage);
 }
 
-bool TraceStore::clearIfCount(unsigned count)
+bool TraceStore::clear(unsigned first, Rest &rest)
 {
     Garbage garbage;
     const std::lock_guard lock(m_mutex);
-    if (m_count != count)
+    if (first < m_count && first / chunkFrames < m_chunksInFile)
         return false;
+    for (unsigned i = first; i < m_count; ++i) {
+        rest.frames.append(CAN::CanRxMessage());
+        std::memcpy(&rest.frames.last(), chunkOf(i).at(i % chunkFrames), recordSize);
+    }
+    rest.notes = notesFrom(first, m_count - std::min(first, m_count));
+    if (first > 0)
+        rest.notesBefore = notesOf(first - 1);
     forgetAll(garbage);
     return true;
 }
@@ -220,14 +227,24 @@ void TraceStore::addNoteToLast(const QString &note)
 QStringList TraceStore::notes(unsigned index) const
 {
     const std::lock_guard lock(m_mutex);
-    const auto found = m_notes.find(index);
-    return found == m_notes.end() ? QStringList() : found->second;
+    return notesOf(index);
 }
 
 std::vector<TraceStore::PlacedNotes> TraceStore::notesOfRange(unsigned first, unsigned count) const
 {
-    std::vector<PlacedNotes> found;
     const std::lock_guard lock(m_mutex);
+    return notesFrom(first, count);
+}
+
+QStringList TraceStore::notesOf(unsigned index) const
+{
+    const auto found = m_notes.find(index);
+    return found == m_notes.end() ? QStringList() : found->second;
+}
+
+std::vector<TraceStore::PlacedNotes> TraceStore::notesFrom(unsigned first, unsigned count) const
+{
+    std::vector<PlacedNotes> found;
     for (auto notes = m_notes.lower_bound(first); notes != m_notes.end() && notes->first - first < count; ++notes)
         found.push_back({notes->first - first, notes->second});
     return found;

@@ -49,6 +49,14 @@ public:
         QStringList notes;
     };
 
+    /// What a trace had from some frame on.
+    struct Rest
+    {
+        QVector<CAN::CanRxMessage> frames;
+        std::vector<PlacedNotes> notes;
+        QStringList notesBefore; ///< those of the frame before
+    };
+
     explicit TraceStore(Limits limits);
 
     /// A failure is told once, with the first frame that is lost; that frame and all later ones only count as lost.
@@ -59,8 +67,9 @@ public:
     std::optional<Failure> append(const CAN::CanRxMessage *messages, unsigned count,
                                   const std::vector<PlacedNotes> &notes = {});
     void clear();
-    /// clear(), unless there are other frames than that many by now; tells whether it did.
-    bool clearIfCount(unsigned count);
+    /// clear(), and hands out the frames from `first` on: those that came since somebody has copied the others. False,
+    /// with nothing cleared, if some of them are not in memory any more.
+    bool clear(unsigned first, Rest &rest);
 
     unsigned count() const;
     /// Why no more frames are taken, if so.
@@ -98,6 +107,8 @@ private:
         std::shared_ptr<const Block> block;
     };
 
+    QStringList notesOf(unsigned index) const;
+    std::vector<PlacedNotes> notesFrom(unsigned first, unsigned count) const;
     void copyIn(const CAN::CanRxMessage *messages, unsigned count);
     bool makeRoom(Lock &lock);
     bool moveOldestToFile(Lock &lock);

@@ -1,4 +1,5 @@
 #include "datachunkhandler.h"
+#include "fulldisk.h"
 #include "traceframes.h"
 
 #include <QRandomGenerator>
@@ -7,13 +8,11 @@
 #include <QtTest>
 
 #include <atomic>
-#include <csignal>
 #include <functional>
 #include <thread>
 
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 
 namespace {
 constexpr unsigned chunk = 4096;
@@ -46,30 +45,6 @@ QString note(unsigned number)
 {
     return QStringLiteral("note %1").arg(number);
 }
-
-/// Files of this process grow no further than this while it lives, as on a disk that is full.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-        : m_before(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_limit);
-        rlimit tight = m_limit;
-        tight.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &tight);
-    }
-    ~FullDisk()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_limit);
-        std::signal(SIGXFSZ, m_before);
-    }
-
-private:
-    rlimit m_limit{};
-    void (*m_before)(int);
-    Q_DISABLE_COPY(FullDisk)
-};
 
 /// Runs the calls at the same time, each on a thread of its own, and waits for the end of all.
 void atTheSameTime(const std::vector<std::function<void()>> &calls)
