@@ -48,6 +48,14 @@ Parts binaryParts(quint64 ticks, unsigned bits)
     return {seconds, rest * second >> bits};
 }
 
+/// Programs that rewrite captures give times before the epoch as negative numbers, where the format knows none. In
+/// nanoseconds, real ones do not reach the top bit before 2262; of finer clocks nobody knows.
+bool isNegative(quint64 ticks, quint8 resolution)
+{
+    constexpr quint8 nanosecondDigits = 9;
+    return ticks > quint64(std::numeric_limits<qint64>::max()) && resolution <= nanosecondDigits;
+}
+
 CanTimeStamp nearestStamp(qint64 seconds, qint64 microseconds)
 {
     using Range = std::numeric_limits<qint32>;
@@ -80,8 +88,16 @@ CaptureClock::CaptureClock(quint8 resolution, qint64 offset)
 
 CanTimeStamp CaptureClock::stamp(quint64 ticks) const
 {
+    const bool negative = isNegative(ticks, m_resolution);
+    const quint64 distance = negative ? 0 - ticks : ticks;
     const unsigned exponent = m_resolution & ~binaryFlag;
-    const Parts parts = (m_resolution & binaryFlag) != 0 ? binaryParts(ticks, exponent) : decimalParts(ticks, exponent);
+    const Parts parts = (m_resolution & binaryFlag) != 0 ? binaryParts(distance, exponent)
+                                                         : decimalParts(distance, exponent);
     const qint64 seconds = static_cast<qint64>(std::min<quint64>(parts.seconds, farthest));
-    return nearestStamp(seconds + m_offset, static_cast<qint64>(parts.microseconds));
+    const qint64 microseconds = static_cast<qint64>(parts.microseconds);
+    if (!negative)
+        return nearestStamp(m_offset + seconds, microseconds);
+    if (microseconds == 0)
+        return nearestStamp(m_offset - seconds, 0);
+    return nearestStamp(m_offset - seconds - 1, second - microseconds);
 }

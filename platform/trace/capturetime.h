@@ -16,7 +16,8 @@ public:
     /// @param offset seconds to add
     CaptureClock(quint8 resolution, qint64 offset);
 
-    /// What is finer than a microsecond is cut; what a stamp cannot hold becomes the nearest that it can.
+    /// What is finer than a microsecond is cut; what a stamp cannot hold becomes the nearest that it can. With the top
+    /// bit, ticks of nanoseconds or coarser are negative numbers.
     CanTimeStamp stamp(quint64 ticks) const;
 
 private:

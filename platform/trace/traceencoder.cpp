@@ -15,6 +15,7 @@ constexpr quint32 pastInterface = 1;
 /// The first second that a stamp can hold.
 constexpr qint64 pastOffset = std::numeric_limits<qint32>::min();
 constexpr char microseconds = 6;
+constexpr int usualPieceBytes = 1 << 18;
 
 QByteArray noteBytes(const QString &note)
 {
@@ -31,6 +32,8 @@ QByteArray noteBytes(const QString &note)
 
 TraceEncoder::TraceEncoder()
 {
+    // Kept from piece to piece.
+    m_bytes.reserve(usualPieceBytes);
     const int section = beginBlock(Pcapng::SectionBlock);
     addNumber(Pcapng::byteOrderMagic);
     addNumber(quint16(1));

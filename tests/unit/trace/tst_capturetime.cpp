@@ -81,8 +81,15 @@ void TestCaptureTime::ticksBecomeStamps_data()
     row("before the first stamp", 6, qint64(first) - 1, 999999, {first, 0});
     row("last stamp", 6, last, 999999, {last, 999999});
     row("after the last stamp", 6, last, 1000000, {last, 999999});
-    row("all ticks", 0, 0, all, {last, 999999});
-    row("all ticks, far offset", 0, std::numeric_limits<qint64>::max(), all, {last, 999999});
+    row("most ticks", 0, 0, all / 2, {last, 999999});
+    row("most ticks, far offset", 0, std::numeric_limits<qint64>::max(), all / 2, {last, 999999});
+    row("negative ticks", 6, 0, quint64(-2000000), {-2, 0});
+    row("negative ticks within a second", 6, 0, quint64(-1), {-1, 999999});
+    row("negative ticks and an offset", 6, 10, quint64(-1500000), {8, 500000});
+    row("least ticks", 0, 0, all / 2 + 1, {first, 0});
+    row("finest clock with negative ticks", 9, 0, quint64(-1000000000), {-1, 0});
+    row("finer clock", 10, 0, all, {1844674407, 370955});
+    row("binary clock", binary | 40, 0, all, {16777215, 999999});
     row("no ticks, far offset", 6, std::numeric_limits<qint64>::min(), 0, {first, 0});
 }
 
