@@ -1,3 +1,4 @@
+#include "childprocess.h"
 #include "storagefailuretext.h"
 #include "traceframes.h"
 #include "tracestore.h"
@@ -10,6 +11,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 Q_DECLARE_METATYPE(TraceStore::Failure::Kind)
@@ -49,6 +51,15 @@ void fill(TraceStore &store, unsigned frames)
     for (unsigned i = store.count(); i < frames; ++i)
         store.append(numberedFrame(i));
 }
+
+/// The frames from `first` on.
+QVector<CAN::CanRxMessage> numbered(unsigned first, unsigned count)
+{
+    QVector<CAN::CanRxMessage> frames;
+    for (unsigned i = 0; i < count; ++i)
+        frames.append(numberedFrame(first + i));
+    return frames;
+}
 } // namespace
 
 class TestTraceStore : public QObject
@@ -71,6 +82,17 @@ private slots:
     void directoriesFollowTheEnvironment();
     void whatTheFileDoesNotGiveBackIsRefused();
     void blocksReadBackAreKept();
+    void manyFramesAtOnceStandAsIfOneByOne_data();
+    void manyFramesAtOnceStandAsIfOneByOne();
+    void ofManyFramesThoseWithoutRoomAreLost();
+    void notesComeWithTheirFrames();
+    void notesThatWaitGoToTheFirstOfMany();
+    void notesOfARangeCountFromItsBegin();
+    void clearingHandsOutTheRest();
+    void clearingHandsOutNothingWhereAllIsKnown();
+    void restThatIsNotInMemoryPreventsTheClearing();
+    void everyClearingIsAnotherGeneration();
+    void rangeWithoutMemoryForItIsEmpty();
     void failureTextSaysWhatHappenedAndWhatToDo_data();
     void failureTextSaysWhatHappenedAndWhatToDo();
 };
@@ -316,6 +338,174 @@ void TestTraceStore::blocksReadBackAreKept()
         store.append(numberedFrame(i + 5));
     QVERIFY(store.read(message, 1000));
     QCOMPARE(message, numberedFrame(1005));
+}
+
+void TestTraceStore::manyFramesAtOnceStandAsIfOneByOne_data()
+{
+    QTest::addColumn<unsigned>("before");
+    QTest::addColumn<unsigned>("many");
+
+    for (const unsigned before : {0u, 1u, chunk - 1, chunk, chunk + 1}) {
+        for (const unsigned many : {0u, 1u, chunk - 1, chunk, chunk + 1, 3 * chunk})
+            QTest::addRow("%u, then %u", before, many) << before << many;
+    }
+}
+
+void TestTraceStore::manyFramesAtOnceStandAsIfOneByOne()
+{
+    QFETCH(unsigned, before);
+    QFETCH(unsigned, many);
+    QTemporaryDir directory;
+    TraceStore store(limits(0, directory.path()));
+    fill(store, before);
+
+    QVERIFY(!store.append(numbered(before, many).constData(), many));
+    fill(store, before + many + 1);
+
+    QCOMPARE(store.count(), before + many + 1);
+    QVERIFY(areNumbered(store.readRange(0, store.count()), 0));
+}
+
+void TestTraceStore::ofManyFramesThoseWithoutRoomAreLost()
+{
+    QTemporaryDir directory;
+    TraceStore::Limits tight = limits(0, directory.path());
+    tight.frames = chunk + 10;
+    TraceStore store(tight);
+
+    const auto failure = store.append(numbered(0, chunk + 15).constData(), chunk + 15);
+
+    QVERIFY(failure);
+    QCOMPARE(failure->kind, TraceStore::Failure::CountExhausted);
+    QCOMPARE(store.count(), chunk + 10);
+    QCOMPARE(store.lost(), quint64(5));
+    QVERIFY(store.failure());
+    QVERIFY(areNumbered(store.readRange(0, chunk + 10), 0));
+    QVERIFY(!store.append(numbered(0, 3).constData(), 3));
+    QCOMPARE(store.lost(), quint64(8));
+}
+
+void TestTraceStore::notesComeWithTheirFrames()
+{
+    QTemporaryDir directory;
+    TraceStore store(limits(0, directory.path()));
+    fill(store, chunk - 1);
+    const QStringList one{QStringLiteral("one")};
+    const QStringList two{QStringLiteral("two"), QStringLiteral("more")};
+
+    store.append(numbered(chunk - 1, chunk + 5).constData(), chunk + 5, {{0, one}, {1, two}, {chunk + 4, one}});
+
+    QCOMPARE(store.notes(chunk - 1), one);
+    QCOMPARE(store.notes(chunk), two);
+    QCOMPARE(store.notes(2 * chunk + 3), one);
+    QCOMPARE(store.notesOfRange(0, 3 * chunk).size(), std::size_t(3));
+}
+
+void TestTraceStore::notesThatWaitGoToTheFirstOfMany()
+{
+    TraceStore store{TraceStore::Limits()};
+    store.addNoteToNext(QStringLiteral("waiting"));
+    store.append(numbered(0, 3).constData(), 3, {{0, {QStringLiteral("its own")}}});
+    QCOMPARE(store.notes(0), (QStringList{QStringLiteral("waiting"), QStringLiteral("its own")}));
+    QCOMPARE(store.notes(1), QStringList());
+}
+
+void TestTraceStore::notesOfARangeCountFromItsBegin()
+{
+    TraceStore store{TraceStore::Limits()};
+    for (unsigned i = 0; i < 10; ++i) {
+        store.addNoteToNext(QString::number(i));
+        store.append(numberedFrame(i));
+    }
+    const std::vector<TraceStore::PlacedNotes> notes = store.notesOfRange(4, 2);
+    QCOMPARE(notes.size(), std::size_t(2));
+    QCOMPARE(notes[0].place, 0u);
+    QCOMPARE(notes[0].notes, QStringList{QStringLiteral("4")});
+    QCOMPARE(notes[1].place, 1u);
+    QCOMPARE(notes[1].notes, QStringList{QStringLiteral("5")});
+    QVERIFY(store.notesOfRange(10, 5).empty());
+    QCOMPARE(store.notesOfRange(9, std::numeric_limits<unsigned>::max()).size(), std::size_t(1));
+}
+
+void TestTraceStore::clearingHandsOutTheRest()
+{
+    QTemporaryDir directory;
+    TraceStore store(limits(0, directory.path()));
+    fill(store, 2 * chunk + 10);
+    store.addNoteToLast(QStringLiteral("of the last"));
+    TraceStore::Rest rest;
+
+    QVERIFY(store.clear(2 * chunk + 8, rest));
+
+    QCOMPARE(store.count(), 0u);
+    QCOMPARE(rest.frames.size(), 2);
+    QVERIFY(areNumbered(rest.frames, 2 * chunk + 8));
+    QCOMPARE(rest.notes.size(), std::size_t(1));
+    QCOMPARE(rest.notes[0].place, 1u);
+    QCOMPARE(rest.notesBefore, QStringList());
+}
+
+void TestTraceStore::clearingHandsOutNothingWhereAllIsKnown()
+{
+    TraceStore store{TraceStore::Limits()};
+    fill(store, 5);
+    store.addNoteToLast(QStringLiteral("late"));
+    TraceStore::Rest rest;
+    QVERIFY(store.clear(5, rest));
+    QVERIFY(rest.frames.isEmpty());
+    QVERIFY(rest.notes.empty());
+    QCOMPARE(rest.notesBefore, QStringList{QStringLiteral("late")});
+}
+
+void TestTraceStore::restThatIsNotInMemoryPreventsTheClearing()
+{
+    QTemporaryDir directory;
+    TraceStore store(limits(0, directory.path()));
+    fill(store, 2 * chunk + 10);
+    QCOMPARE(store.framesInFile(), 2 * chunk);
+    TraceStore::Rest rest;
+    QVERIFY(!store.clear(2 * chunk - 1, rest));
+    QCOMPARE(store.count(), 2 * chunk + 10);
+    QVERIFY(rest.frames.isEmpty());
+    QVERIFY(store.clear(2 * chunk, rest));
+    QVERIFY(areNumbered(rest.frames, 2 * chunk));
+}
+
+void TestTraceStore::everyClearingIsAnotherGeneration()
+{
+    TraceStore store{TraceStore::Limits()};
+    const quint64 first = store.generation();
+    store.append(numberedFrame(0));
+    QCOMPARE(store.generation(), first);
+    store.clear();
+    const quint64 second = store.generation();
+    QVERIFY(second != first);
+    TraceStore::Rest rest;
+    store.clear(0, rest);
+    QVERIFY(store.generation() != second);
+}
+
+void TestTraceStore::rangeWithoutMemoryForItIsEmpty()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("The sanitizer ends a program that is out of memory.");
+#endif
+    // More than any memory that the process has given back and kept.
+    constexpr unsigned frames = 500000;
+    TraceStore store{TraceStore::Limits()};
+    fill(store, frames);
+    const QString verdict = ChildProcess::run([&store] {
+        rlimit limit = {};
+        getrlimit(RLIMIT_AS, &limit);
+        limit.rlim_cur = 1;
+        setrlimit(RLIMIT_AS, &limit);
+        const bool empty = store.readRange(0, frames).isEmpty();
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_AS, &limit);
+        return empty ? QString() : QStringLiteral("frames");
+    });
+    QCOMPARE(verdict, QString());
+    QCOMPARE(static_cast<unsigned>(store.readRange(0, frames).size()), frames);
 }
 
 void TestTraceStore::failureTextSaysWhatHappenedAndWhatToDo_data()
