@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -54,7 +55,14 @@ int TraceRecorder::start(const QString &fileName)
     if (error != 0)
         return error;
     m_running = true;
-    m_thread = std::thread([this] { run(); });
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (const std::system_error &noThread) {
+        const std::lock_guard lock(m_mutex);
+        m_running = false;
+        close();
+        return noThread.code().value();
+    }
     return 0;
 }
 

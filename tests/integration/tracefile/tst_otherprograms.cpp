@@ -109,7 +109,8 @@ void TestOtherPrograms::analyserSeesEachFrameAsItWas_data()
     row("no data", frame(0x7FF, {}), "can;2047;0;0;0;0;;;");
     row("extended", frame(0x1ABCDEF0, "abcdefgh", [](auto &f) { f.message.ext = true; }),
         "can:data;448585456;1;0;0;8;6162636465666768;;");
-    row("remote", frame(0x123, QByteArray(4, '\0'), [](auto &f) { f.message.rtr = true; }), "can:data;291;0;1;0;4;00000000;;");
+    row("remote", frame(0x123, QByteArray(4, '\0'), [](auto &f) { f.message.rtr = true; }),
+        "can:data;291;0;1;0;4;00000000;;");
     row("error", frame(0x4, QByteArray(8, '\1'), [](auto &f) { f.message.errorFrame = true; }), "can;;;;1;8;;;");
     row("fd", frame(0x123, "abc", [](auto &f) { f.message.fd = true; }), "can:data;291;0;;;3;616263;0;0");
     row("fd with switched rate", frame(0x123, "abc", [](auto &f) { f.message.fd = f.message.brs = true; }),
