@@ -3,12 +3,12 @@
 #include "fulldisk.h"
 #include "traceframes.h"
 
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
 #include <cerrno>
+#include <mutex>
 #include <thread>
 
 #include <sys/stat.h>
@@ -52,6 +52,36 @@ struct Recording
 
     DatachunkHandler trace;
     bool loaded;
+};
+
+/// The reasons with which recordings have ended, which come from another thread.
+class Failures
+{
+public:
+    explicit Failures(const DatachunkHandler &trace)
+    {
+        QObject::connect(
+            &trace, &DatachunkHandler::recordingFailed, &m_context,
+            [this](const QString &reason) {
+                const std::lock_guard lock(m_mutex);
+                m_reasons.append(reason);
+            },
+            Qt::DirectConnection);
+    }
+
+    int count() const { return reasons().size(); }
+    QString first() const { return reasons().value(0); }
+
+private:
+    QStringList reasons() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_reasons;
+    }
+
+    QObject m_context;
+    mutable std::mutex m_mutex;
+    QStringList m_reasons;
 };
 
 unsigned framesIn(const QString &fileName)
@@ -286,15 +316,15 @@ void TestTraceRecorder::fullDiskLeavesWholeBlocks()
 {
     QFETCH(int, bytes);
     DatachunkHandler trace;
-    QSignalSpy failed(&trace, &DatachunkHandler::recordingFailed);
+    const Failures failed(trace);
     {
         const FullDisk disk(static_cast<rlim_t>(bytes));
         QVERIFY(trace.startRecording(m_file));
         append(trace, 0, 2000);
         QTRY_COMPARE(failed.count(), 1);
     }
-    QVERIFY(failed[0][0].toString().contains(qt_error_string(EFBIG)));
-    QVERIFY(failed[0][0].toString().contains(m_file));
+    QVERIFY(failed.first().contains(qt_error_string(EFBIG)));
+    QVERIFY(failed.first().contains(m_file));
     QVERIFY(!trace.isRecording());
     append(trace, 2000, 2010);
     trace.stopRecording();
@@ -312,21 +342,13 @@ void TestTraceRecorder::fullFileSystemEndsTheRecording()
 {
     const QString verdict = ChildProcess::runOnSmallDisk(m_directory->path(), "256k", [this] {
         DatachunkHandler trace;
-        QString reason;
-        int failures = 0;
-        connect(
-            &trace, &DatachunkHandler::recordingFailed, &trace,
-            [&](const QString &text) {
-                reason = text;
-                ++failures;
-            },
-            Qt::DirectConnection);
+        const Failures failed(trace);
         if (!trace.startRecording(m_file))
             return QStringLiteral("not started");
         append(trace, 0, 20000);
         trace.stopRecording();
-        if (failures != 1 || !reason.contains(qt_error_string(ENOSPC)))
-            return QStringLiteral("told %1 times: %2").arg(failures).arg(reason);
+        if (failed.count() != 1 || !failed.first().contains(qt_error_string(ENOSPC)))
+            return QStringLiteral("told %1 times: %2").arg(failed.count()).arg(failed.first());
         const Recording recording(m_file);
         const unsigned kept = recording.trace.getMessageCount();
         const bool good = kept > 1000 && recording.holds(0, kept) && recording.trace.importRemark().isEmpty();
@@ -340,7 +362,7 @@ void TestTraceRecorder::fullFileSystemEndsTheRecording()
 void TestTraceRecorder::fullDiskWhileClearingIsTold()
 {
     DatachunkHandler trace;
-    QSignalSpy failed(&trace, &DatachunkHandler::recordingFailed);
+    const Failures failed(trace);
     const FullDisk disk(1000);
     QVERIFY(trace.startRecording(m_file));
     append(trace, 0, 2000);
