@@ -1,89 +1,16 @@
-#include "childprocess.h"
-#include "datachunkhandler.h"
 #include "fulldisk.h"
-#include "traceframes.h"
+#include "recording.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <atomic>
 #include <cerrno>
-#include <mutex>
 #include <thread>
 
 #include <sys/stat.h>
 
 namespace {
-/// A numbered frame of a kind in which any length is legal.
-CAN::CanRxMessage fdFrame(unsigned index)
-{
-    CAN::CanRxMessage frame = numberedFrame(index);
-    frame.message.fd = true;
-    return frame;
-}
-
-void append(DatachunkHandler &trace, unsigned first, unsigned end)
-{
-    for (unsigned i = first; i < end; ++i)
-        trace.appendCanMessage(fdFrame(i));
-}
-
-/// What loading the file gives.
-struct Recording
-{
-    explicit Recording(const QString &fileName)
-        : loaded(trace.loadQrmFile(fileName))
-    {
-    }
-
-    /// Whether there are exactly the frames from `first` up to `end`.
-    bool holds(unsigned first, unsigned end) const
-    {
-        const unsigned count = trace.getMessageCount();
-        if (!loaded || count != end - first)
-            return false;
-        const QVector<CAN::CanRxMessage> frames = trace.getMessages(0, count);
-        for (unsigned i = 0; i < count; ++i) {
-            if (frames[static_cast<int>(i)] != fdFrame(first + i))
-                return false;
-        }
-        return true;
-    }
-
-    DatachunkHandler trace;
-    bool loaded;
-};
-
-/// The reasons with which recordings have ended, which come from another thread.
-class Failures
-{
-public:
-    explicit Failures(const DatachunkHandler &trace)
-    {
-        QObject::connect(
-            &trace, &DatachunkHandler::recordingFailed, &m_context,
-            [this](const QString &reason) {
-                const std::lock_guard lock(m_mutex);
-                m_reasons.append(reason);
-            },
-            Qt::DirectConnection);
-    }
-
-    int count() const { return reasons().size(); }
-    QString first() const { return reasons().value(0); }
-
-private:
-    QStringList reasons() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_reasons;
-    }
-
-    QObject m_context;
-    mutable std::mutex m_mutex;
-    QStringList m_reasons;
-};
-
 unsigned framesIn(const QString &fileName)
 {
     return Recording(fileName).trace.getMessageCount();
@@ -112,10 +39,8 @@ private slots:
     void loadIsRefusedWhileARecordingRuns();
     void fullDiskLeavesWholeBlocks_data();
     void fullDiskLeavesWholeBlocks();
-    void fullFileSystemEndsTheRecording();
     void fullDiskWhileClearingIsTold();
     void failureIsToldFromTheRecordingThread();
-    void recordingSurvivesAKill();
     void traceOnItsWayToTheDiskIsRecorded();
     void appendersAndClearsFromSeveralThreadsLoseNothing();
 
@@ -338,27 +263,6 @@ void TestTraceRecorder::fullDiskLeavesWholeBlocks()
     QVERIFY(QFileInfo(m_file).size() + nextFrame > bytes);
 }
 
-void TestTraceRecorder::fullFileSystemEndsTheRecording()
-{
-    const QString verdict = ChildProcess::runOnSmallDisk(m_directory->path(), "256k", [this] {
-        DatachunkHandler trace;
-        const Failures failed(trace);
-        if (!trace.startRecording(m_file))
-            return QStringLiteral("not started");
-        append(trace, 0, 20000);
-        trace.stopRecording();
-        if (failed.count() != 1 || !failed.first().contains(qt_error_string(ENOSPC)))
-            return QStringLiteral("told %1 times: %2").arg(failed.count()).arg(failed.first());
-        const Recording recording(m_file);
-        const unsigned kept = recording.trace.getMessageCount();
-        const bool good = kept > 1000 && recording.holds(0, kept) && recording.trace.importRemark().isEmpty();
-        return good ? QString() : QStringLiteral("%1 frames").arg(kept);
-    });
-    if (verdict == QLatin1String("no small disk could be mounted"))
-        QSKIP("No permission to mount a small file system.");
-    QCOMPARE(verdict, QString());
-}
-
 void TestTraceRecorder::fullDiskWhileClearingIsTold()
 {
     DatachunkHandler trace;
@@ -393,29 +297,6 @@ void TestTraceRecorder::failureIsToldFromTheRecordingThread()
     QTRY_VERIFY(told);
     QVERIFY(!running);
     QVERIFY(thread != std::this_thread::get_id());
-}
-
-void TestTraceRecorder::recordingSurvivesAKill()
-{
-    for (const qint64 size : {0, 1000, 200000, 2000000, 3333333}) {
-        const QString verdict = ChildProcess::run([&] {
-            DatachunkHandler trace;
-            if (!trace.startRecording(m_file))
-                return QStringLiteral("not started");
-            for (unsigned next = 0; QFileInfo(m_file).size() < size; next += 100)
-                append(trace, next, next + 100);
-            // While the other thread writes.
-            ::raise(SIGKILL);
-            return QStringLiteral("alive");
-        });
-        QCOMPARE(verdict, QStringLiteral("ended by signal 9"));
-
-        const Recording recording(m_file);
-        QVERIFY(recording.loaded);
-        const unsigned kept = recording.trace.getMessageCount();
-        QVERIFY(recording.holds(0, kept));
-        QVERIFY(kept >= size / (32 + 8 + CAN::maxDataLength));
-    }
 }
 
 void TestTraceRecorder::traceOnItsWayToTheDiskIsRecorded()
