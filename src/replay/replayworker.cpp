@@ -1,5 +1,6 @@
 #include "replayworker.h"
 
+#include "datachunkhandler.h"
 #include "replayclock.h"
 #include "replaygap.h"
 #include "replayline.h"
@@ -18,6 +19,8 @@ namespace {
 enum StepState : qint32 { NoStep = 0, StepRequested = 1, StepUnderWay = 2 };
 
 constexpr qint64 progressInterval = 299; // milliseconds that are to pass at least
+// Of a trace that is played; 84 bytes each.
+constexpr unsigned int framesInMemory = 2000000;
 // Far more than any frame takes: a file without line ends must not fill the memory.
 constexpr qint64 lineLimit = 65536;
 
@@ -111,9 +114,40 @@ void ReplayWorker::doWork(const QString &fileName)
     QElapsedTimer sinceProgress;
     sinceProgress.start();
     emit infoText(tr("Loading file..."));
-    playText(file, sinceProgress);
+    if (fileName.endsWith(QLatin1String("qrm")))
+        playTrace(fileName, sinceProgress);
+    else
+        playText(file, sinceProgress);
     file.close();
     emit completed();
+}
+
+void ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgress)
+{
+    DatachunkHandler trace(this, framesInMemory);
+    connect(&trace, &DatachunkHandler::sigQRMLoadingProgress, this, &ReplayWorker::onloadingProgressChanged);
+    const bool loaded = trace.loadQrmFile(fileName);
+    trace.setImportFinished(loaded, DatachunkHelper::TraceFile, QString(), false);
+    if (!loaded) {
+        emit infoText(tr("Cannot load QRM file: %1").arg(fileName));
+        return;
+    }
+    messageCount = trace.getMessageCount();
+    lastMessage = trace.getLastMessage();
+    emit infoText(tr("CAN replay started"));
+    while (!stopRequested) {
+        if (!trace.getMessageAtIndex(currentMessage, messageIndex)) {
+            if (!loopMode)
+                break;
+            messageIndex = 0;
+            continue;
+        }
+        ++messageIndex;
+        handleTxMessage(currentMessage);
+        reportProgress(sinceProgress);
+    }
+    if (!stopRequested)
+        sendPreviousMessage();
 }
 
 void ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
