@@ -1,9 +1,8 @@
 #include "frameprobe.h"
 
 FrameProbe::FrameProbe(AbstractCanAdapter *adapter)
-    : m_connection(
-        QObject::connect(adapter, &AbstractCanAdapter::newCanMessage,
-                         [memory = m_memory](const CAN::CanRxMessage *frame) { memory->take(frame->message); }))
+    : m_connection(QObject::connect(adapter, &AbstractCanAdapter::newCanMessage,
+                                    [memory = m_memory](const CAN::CanRxMessage *frame) { memory->take(*frame); }))
 {
 }
 
@@ -18,7 +17,7 @@ void FrameProbe::keep(quint32 identifier)
     m_memory->heard[identifier].keeps = true;
 }
 
-QVector<CAN::CanMessage> FrameProbe::kept(quint32 identifier) const
+QVector<CAN::CanRxMessage> FrameProbe::kept(quint32 identifier) const
 {
     return heard(identifier).kept;
 }
@@ -46,8 +45,9 @@ FrameProbe::Heard FrameProbe::heard(quint32 identifier) const
     return found == m_memory->heard.end() ? Heard() : found->second;
 }
 
-void FrameProbe::Memory::take(const CAN::CanMessage &message)
+void FrameProbe::Memory::take(const CAN::CanRxMessage &frame)
 {
+    const CAN::CanMessage &message = frame.message;
     const std::lock_guard lock(mutex);
     if (message.fd && message.brs)
         ++switchedFrames;
@@ -55,5 +55,5 @@ void FrameProbe::Memory::take(const CAN::CanMessage &message)
     ++entry.count;
     entry.last = message;
     if (entry.keeps)
-        entry.kept.append(message);
+        entry.kept.append(frame);
 }

@@ -20,7 +20,7 @@ public:
 
     /// From now on all frames of this identifier are kept.
     void keep(quint32 identifier);
-    QVector<CAN::CanMessage> kept(quint32 identifier) const;
+    QVector<CAN::CanRxMessage> kept(quint32 identifier) const;
 
     quint64 count(quint32 identifier) const;
     /// The last frame of the identifier; a default record if there was none.
@@ -36,7 +36,7 @@ private:
         quint64 count = 0;
         CAN::CanMessage last;
         bool keeps = false;
-        QVector<CAN::CanMessage> kept;
+        QVector<CAN::CanRxMessage> kept;
     };
 
     /// Shared with the receive thread, which may be in the middle of a frame when the probe goes.
@@ -46,7 +46,7 @@ private:
         std::map<quint32, Heard> heard;
         quint64 switchedFrames = 0;
 
-        void take(const CAN::CanMessage &message);
+        void take(const CAN::CanRxMessage &frame);
     };
 
     Heard heard(quint32 identifier) const;

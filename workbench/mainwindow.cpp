@@ -12,7 +12,10 @@
 #include "kestrune.h"
 #include "markbar.h"
 #include "messagecommands.h"
+#include "replaypanel.h"
 #include "statusline.h"
+#include "tracefilecommands.h"
+#include "tracearchive.h"
 #include "tracemodel.h"
 #include "tracepage.h"
 #include "tracesituation.h"
@@ -51,8 +54,10 @@ QString marksItem()
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent)
     , m_session(this)
+    , m_files(m_session.trace())
     , m_traceModel(new TraceModel(m_session.trace(), this))
     , m_identifierModel(new IdentifierModel(m_session.trace(), this))
+    , m_fileCommands(new TraceFileCommands(&m_files, statusBar(), this))
     , m_marks(new FrameMarks(this))
     , m_demo(new DemoSession(&m_session, this))
     , m_statusLine(new StatusLine(statusBar()))
@@ -61,6 +66,7 @@ MainWindow::MainWindow(QWidget *parent)
     buildFileAndConnectionMenus();
     buildPages();
     buildTransmitDock();
+    buildReplayDock();
     buildTraceMenu();
     buildMessageMenu();
     buildViewMenu();
@@ -72,11 +78,9 @@ MainWindow::MainWindow(QWidget *parent)
     connect(&m_session, &Session::schedulerChanged, this, [this](CanScheduler *scheduler) {
         m_transmitPanel->setConnection(scheduler != nullptr ? m_session.primaryAdapter() : nullptr, scheduler);
     });
-    connect(&m_session, &Session::traceCleared, this, [this] {
-        m_traceModel->reset();
-        m_identifierModel->reset();
-        m_rate.clear();
-    });
+    connect(&m_session, &Session::traceCleared, this, &MainWindow::resetViews);
+    connect(&m_files, &TraceArchive::traceReplaced, this, &MainWindow::resetViews);
+    connect(&m_files, &TraceArchive::remark, this, [this](const QString &text) { statusBar()->showMessage(text); });
     connect(m_session.trace(), &DatachunkHandler::storageFailed, this,
             [this](const QString &reason) { statusBar()->showMessage(reason); });
     connect(&m_session, &Session::settingsProblem, this,
@@ -92,7 +96,11 @@ MainWindow::MainWindow(QWidget *parent)
     m_tracePage->view()->setFocus();
 }
 
-MainWindow::~MainWindow() = default;
+MainWindow::~MainWindow()
+{
+    // A replay writes to adapters, which go with the session, before the widgets do.
+    delete m_replayDock;
+}
 
 void MainWindow::connectAdapters()
 {
@@ -175,6 +183,10 @@ QAction *MainWindow::addCommand(QMenu *menu, const QString &name, const QString 
 void MainWindow::buildFileAndConnectionMenus()
 {
     QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->addAction(m_fileCommands->openAction());
+    file->addAction(m_fileCommands->saveAction());
+    file->addAction(m_fileCommands->recordAction());
+    file->addSeparator();
     QAction *quit = addCommand(file, QStringLiteral("actionQuit"), tr("&Quit"), QKeySequence(Qt::CTRL + Qt::Key_Q),
                                tr("Disconnect and close the window"));
     quit->setMenuRole(QAction::QuitRole);
@@ -234,6 +246,17 @@ void MainWindow::buildTransmitDock()
     m_messageCommands = new MessageCommands(m_transmitPanel, m_marks, this);
     connect(m_messageCommands, &MessageCommands::remark, this,
             [this](const QString &text) { statusBar()->showMessage(text); });
+}
+
+void MainWindow::buildReplayDock()
+{
+    m_replayPanel = new ReplayPanel(this);
+    m_replayDock = new QDockWidget(tr("Replay"), this);
+    m_replayDock->setObjectName(QStringLiteral("replayDock"));
+    m_replayDock->setWidget(m_replayPanel);
+    addDockWidget(Qt::BottomDockWidgetArea, m_replayDock);
+    tabifyDockWidget(m_transmitDock, m_replayDock);
+    m_transmitDock->raise();
 }
 
 void MainWindow::buildTraceMenu()
@@ -297,17 +320,25 @@ void MainWindow::buildMessageMenu()
     QMenu *message = menuBar()->addMenu(tr("&Message"));
     QAction *write = addCommand(message, QStringLiteral("actionWriteFrame"), tr("&Write a frame"),
                                 QKeySequence(Qt::CTRL + Qt::Key_T), tr("Go to the fields of the transmit panel"));
-    connect(write, &QAction::triggered, this, [this] {
-        m_transmitDock->show();
-        m_transmitPanel->setFocus(Qt::ShortcutFocusReason);
-    });
+    connect(write, &QAction::triggered, this, [this] { showDock(m_transmitDock); });
     QAction *build = addCommand(message, QStringLiteral("actionBuildMessage"), tr("&Build message..."),
                                 QKeySequence(Qt::CTRL + Qt::Key_B),
                                 tr("Compose the frame of the transmit panel, for example from a CANopen service"));
     connect(build, &QAction::triggered, this, [this] {
-        m_transmitDock->show();
+        showDock(m_transmitDock);
         m_messageCommands->buildMessage();
     });
+    message->addSeparator();
+    QAction *replay = addCommand(message, QStringLiteral("actionReplay"), tr("&Replay a recording"),
+                                 QKeySequence(Qt::CTRL + Qt::Key_P), tr("Play a trace or a log onto the bus"));
+    connect(replay, &QAction::triggered, this, [this] { showDock(m_replayDock); });
+}
+
+void MainWindow::showDock(QDockWidget *dock)
+{
+    dock->show();
+    dock->raise();
+    dock->widget()->setFocus(Qt::ShortcutFocusReason);
 }
 
 std::optional<CAN::CanMessage> MainWindow::currentFrame() const
@@ -330,6 +361,7 @@ void MainWindow::buildViewMenu()
     connect(identifiers, &QAction::triggered, this, [this] { showPage(m_identifierPage); });
     view->addSeparator();
     view->addAction(m_transmitDock->toggleViewAction());
+    view->addAction(m_replayDock->toggleViewAction());
 }
 
 void MainWindow::buildHelpMenu()
@@ -391,8 +423,20 @@ void MainWindow::showConnection()
     m_wasConnected = connected;
     if (!m_session.failure().isEmpty())
         statusBar()->showMessage(m_session.failure());
+    offerInterfaces();
     showAdvice();
     refreshStatus();
+}
+
+void MainWindow::offerInterfaces()
+{
+    QVector<ReplayPanel::Interface> interfaces;
+    const auto adapters = m_session.adapters()->getAdapterMap()->values();
+    for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        if (adapter->getRunning())
+            interfaces.append({interfaceName(*adapter), adapter});
+    }
+    m_replayPanel->setInterfaces(interfaces);
 }
 
 void MainWindow::showAdvice()
@@ -401,6 +445,13 @@ void MainWindow::showAdvice()
     QAction *offers[] = {nullptr, m_connectAction, m_demoAction};
     for (TracePage *page : {m_tracePage, m_identifierPage})
         page->emptyState()->show(advice.title, advice.text, offers[advice.offer]);
+}
+
+void MainWindow::resetViews()
+{
+    m_traceModel->reset();
+    m_identifierModel->reset();
+    m_rate.clear();
 }
 
 void MainWindow::refreshTrace()
@@ -425,6 +476,7 @@ void MainWindow::refreshStatus()
             content.connected.append(name);
         content.interfaces.append({name, adapter->framesReceived(), adapter->framesSent(), adapter->framesLost()});
     }
+    m_fileCommands->setSituation(m_session.isConnected(), m_session.trace()->getMessageCount() > 0);
     content.notStored = m_session.trace()->lostMessageCount();
     m_rate.report(m_clock.elapsed(), m_session.trace()->getMessageCount() + content.notStored);
     content.framesPerSecond = m_rate.perSecond();

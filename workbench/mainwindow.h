@@ -3,6 +3,7 @@
 #include "session.h"
 #include "stallmeter.h"
 #include "statussummary.h"
+#include "tracearchive.h"
 
 #include <QMainWindow>
 
@@ -12,11 +13,13 @@ class DemoSession;
 class FrameMarks;
 class IdentifierModel;
 class MessageCommands;
+class ReplayPanel;
 class QActionGroup;
 class QDockWidget;
 class QMenu;
 class QTabWidget;
 class StatusLine;
+class TraceFileCommands;
 class TraceModel;
 class TracePage;
 class TransmitPanel;
@@ -35,6 +38,8 @@ public:
     TransmitPanel *transmitPanel() const { return m_transmitPanel; }
     TracePage *tracePage() const { return m_tracePage; }
     TracePage *identifierPage() const { return m_identifierPage; }
+    ReplayPanel *replayPanel() const { return m_replayPanel; }
+    TraceArchive *files() { return &m_files; }
     FrameMarks *marks() const { return m_marks; }
     const StallMeter &stallMeter() const { return m_stallMeter; }
     void restartStallMeter() { m_stallMeter.restart(); }
@@ -60,6 +65,7 @@ private:
                         const QString &toolTip);
     void buildPages();
     void buildTransmitDock();
+    void buildReplayDock();
     void buildFileAndConnectionMenus();
     void buildTraceMenu();
     void buildMarkCommands(QMenu *menu);
@@ -73,13 +79,17 @@ private:
     std::optional<CAN::CanMessage> currentFrame() const;
 
     void showConnection();
+    void offerInterfaces();
     void showAdvice();
+    void showDock(QDockWidget *dock);
+    void resetViews();
     void refreshTrace();
     void refreshStatus();
     void showAbout();
     void showKeys();
 
     Session m_session;
+    TraceArchive m_files; ///< of the session's trace: goes before it
     StallMeter m_stallMeter;
     RateMeter m_rate;
     QElapsedTimer m_clock;
@@ -89,6 +99,7 @@ private:
 
     TraceModel *m_traceModel;
     IdentifierModel *m_identifierModel;
+    TraceFileCommands *m_fileCommands;
     FrameMarks *m_marks;
     DemoSession *m_demo;
     MessageCommands *m_messageCommands;
@@ -97,6 +108,8 @@ private:
     TracePage *m_identifierPage;
     TransmitPanel *m_transmitPanel;
     QDockWidget *m_transmitDock;
+    ReplayPanel *m_replayPanel;
+    QDockWidget *m_replayDock;
     StatusLine *m_statusLine;
 
     QAction *m_markIdentifierAction;

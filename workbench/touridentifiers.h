@@ -8,4 +8,6 @@ constexpr quint32 firstToSecond = 0x6E1;
 constexpr quint32 secondToFirst = 0x6E2;
 constexpr quint32 panel = 0x6E3;
 constexpr quint32 cyclic = 0x6E4;
+constexpr quint32 replayedLog = 0x6E5;
+constexpr quint32 replayedTrace = 0x6E6;
 } // namespace TourIdentifiers

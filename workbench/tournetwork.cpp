@@ -43,11 +43,12 @@ quint64 writeNumbered(AbstractCanAdapter *adapter, quint32 identifier)
     return taken;
 }
 
-bool isInOrder(const QVector<CAN::CanMessage> &frames)
+bool isInOrder(const QVector<CAN::CanRxMessage> &frames)
 {
     quint32 expected = 0;
-    return std::all_of(frames.cbegin(), frames.cend(), [&expected](const CAN::CanMessage &frame) {
-        return frame.length == sizeof expected && qFromLittleEndian<quint32>(frame.data) == expected++;
+    return std::all_of(frames.cbegin(), frames.cend(), [&expected](const CAN::CanRxMessage &frame) {
+        const CAN::CanMessage &message = frame.message;
+        return message.length == sizeof expected && qFromLittleEndian<quint32>(message.data) == expected++;
     });
 }
 

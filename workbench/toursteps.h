@@ -25,6 +25,10 @@ bool showTraffic(TourContext &tour);
 bool buildMessages(TourContext &tour);
 bool markFrames(TourContext &tour);
 
+// Recordings.
+bool replayRecordings(TourContext &tour);
+bool recordAndOpenTrace(TourContext &tour);
+
 // The settings file.
 bool saveAndReopen(TourContext &tour);
 

@@ -3,8 +3,9 @@
 #include "cyclicframes.h"
 #include "framedelegate.h"
 #include "frametext.h"
+#include "hintlabel.h"
 #include "interfacename.h"
-#include "warningcolor.h"
+#include "namedwidget.h"
 
 #include <QCheckBox>
 #include <QDoubleSpinBox>
@@ -37,14 +38,6 @@ constexpr double microsecondsPerMillisecond = 1000.0;
 constexpr int visibleCyclicRows = 4;
 constexpr int visibleCyclicCharacters = 30;
 constexpr int rowPadding = 4;
-
-template <typename Widget>
-Widget *named(Widget *widget, const QString &objectName, const QString &toolTip)
-{
-    widget->setObjectName(objectName);
-    widget->setToolTip(toolTip);
-    return widget;
-}
 } // namespace
 
 TransmitPanel::TransmitPanel(QWidget *parent)
@@ -101,14 +94,14 @@ void TransmitPanel::sendOnce()
     }
     const AbstractCanAdapter::WriteResult result = m_adapter->write(&parse.message);
     if (result != AbstractCanAdapter::WriteOk) {
-        showHint(refusalText(result), true);
+        m_hint->showError(refusalText(result));
         return;
     }
     ++m_sentInARow;
-    showHint(m_sentInARow == 1
-                 ? tr("Sent %1.").arg(FrameText::identifier(parse.message))
-                 : tr("Sent %1, %2 times.").arg(FrameText::identifier(parse.message), FrameText::count(m_sentInARow)),
-             false);
+    m_hint->showHint(
+        m_sentInARow == 1
+            ? tr("Sent %1.").arg(FrameText::identifier(parse.message))
+            : tr("Sent %1, %2 times.").arg(FrameText::identifier(parse.message), FrameText::count(m_sentInARow)));
 }
 
 void TransmitPanel::sendCyclically()
@@ -120,7 +113,7 @@ void TransmitPanel::sendCyclically()
     }
     const AbstractCanAdapter::WriteResult refusal = foreseenRefusal(*m_adapter, parse.message);
     if (refusal != AbstractCanAdapter::WriteOk) {
-        showHint(refusalText(refusal), true);
+        m_hint->showError(refusalText(refusal));
         return;
     }
     m_cyclicView->selectRow(m_cyclic->start(parse.message, qRound64(m_period->value() * microsecondsPerMillisecond)));
@@ -129,11 +122,8 @@ void TransmitPanel::sendCyclically()
 void TransmitPanel::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
-        validate();
-    if (event->type() != QEvent::FontChange)
-        return;
-    takeFont();
+    if (event->type() == QEvent::FontChange)
+        takeFont();
 }
 
 QWidget *TransmitPanel::makeForm()
@@ -187,8 +177,7 @@ void TransmitPanel::makeFrameFields(QWidget *form)
     m_fd = named(new QCheckBox(tr("CA&N FD"), form), QStringLiteral("cbFd"), tr("Up to 64 data bytes"));
     m_bitRateSwitch = named(new QCheckBox(tr("Bit rate s&witch"), form), QStringLiteral("cbBitRateSwitch"),
                             tr("Send the data of the CAN FD frame at the higher bit rate"));
-    m_hint = named(new QLabel(form), QStringLiteral("lblTransmitHint"), QString());
-    m_hint->setWordWrap(true);
+    m_hint = new HintLabel(QStringLiteral("lblTransmitHint"), form);
 }
 
 void TransmitPanel::makeSendControls(QWidget *form)
@@ -329,21 +318,11 @@ void TransmitPanel::validate()
     m_send->setEnabled(canSend);
     m_sendCyclically->setEnabled(canSend);
     if (!parse.isValid())
-        showHint(parse.error, true);
+        m_hint->showError(parse.error);
     else if (!m_adapter)
-        showHint(tr("Connect first to send frames: press F5."), false);
+        m_hint->showHint(tr("Connect first to send frames: press F5."));
     else
-        showHint(tr("Enter sends the frame through %1.").arg(interfaceName(*m_adapter)), false);
-}
-
-void TransmitPanel::showHint(const QString &text, bool isError)
-{
-    QPalette colours = palette();
-    if (isError)
-        colours.setColor(QPalette::WindowText, warningColor(colours));
-    m_hint->setPalette(colours);
-    m_hint->setText(text);
-    m_hint->setAccessibleName(text);
+        m_hint->showHint(tr("Enter sends the frame through %1.").arg(interfaceName(*m_adapter)));
 }
 
 void TransmitPanel::updateCyclicControls()

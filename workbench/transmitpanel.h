@@ -7,6 +7,7 @@
 
 class CanScheduler;
 class CyclicFrames;
+class HintLabel;
 class QCheckBox;
 class QDoubleSpinBox;
 class QLabel;
@@ -55,7 +56,6 @@ private:
     void connectControls();
     /// Enables what makes sense together, and says what is wrong.
     void validate();
-    void showHint(const QString &text, bool isError);
     void updateCyclicControls();
     void editRow(int row);
     int selectedRow() const;
@@ -74,7 +74,7 @@ private:
     QPushButton *m_build;
     QPushButton *m_send;
     QPushButton *m_sendCyclically;
-    QLabel *m_hint;
+    HintLabel *m_hint;
 
     QTableView *m_cyclicView;
     QLabel *m_cyclicHint;

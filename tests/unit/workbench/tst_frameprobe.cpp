@@ -41,8 +41,8 @@ void TestFrameProbe::onlyTheFramesOfKeptIdentifiersAreKept()
     adapter.receive(at(0, dataFrame(2, "03")));
     adapter.receive(at(0, dataFrame(1, "04")));
     QCOMPARE(probe.kept(1).size(), 2);
-    QCOMPARE(probe.kept(1)[0].data[0], quint8(2));
-    QCOMPARE(probe.kept(1)[1].data[0], quint8(4));
+    QCOMPARE(probe.kept(1)[0].message.data[0], quint8(2));
+    QCOMPARE(probe.kept(1)[1].message.data[0], quint8(4));
     QVERIFY(probe.kept(2).isEmpty());
 }
 

@@ -11,6 +11,7 @@
 #include "transmitpanel.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -20,6 +21,7 @@
 #include <QRegularExpression>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QTest>
 
 class TestMainWindow : public QObject
@@ -44,6 +46,10 @@ private slots:
     void withoutCurrentFrameMarkingSaysWhatToDo();
     void markStartsFromTheCurrentFrame();
     void marksAreRememberedWhenAskedFor();
+    void replayPanelOffersTheConnectedInterfaces();
+    void recordingIsInSight();
+    void openedTraceShowsInBothViews();
+    void traceCommandsFollowTheSituation();
     void clearTraceEmptiesBothViews();
     void recordMenuListsTheInterfaces();
     void timeMenuSwitchesTheColumn();
@@ -266,6 +272,55 @@ void TestMainWindow::marksAreRememberedWhenAskedFor()
     QCOMPARE(again.marks()->count(), 0);
     again.useSettings();
     QCOMPARE(again.marks()->count(), 1);
+}
+
+void TestMainWindow::replayPanelOffersTheConnectedInterfaces()
+{
+    const auto *interfaces = m_window->findChild<QComboBox *>(QStringLiteral("cbReplayInterface"));
+    addAdapter("A");
+    QCOMPARE(interfaces->count(), 0);
+    action("actionConnect")->trigger();
+    QCOMPARE(interfaces->count(), 1);
+    QCOMPARE(interfaces->itemText(0), QStringLiteral("A"));
+    action("actionDisconnect")->trigger();
+    QCOMPARE(interfaces->count(), 0);
+}
+
+void TestMainWindow::recordingIsInSight()
+{
+    const QTemporaryDir directory;
+    QVERIFY(label("lblRecording")->isHidden());
+    m_window->files()->startRecording(directory.filePath(QStringLiteral("a.qrm")));
+    QVERIFY(action("actionRecordTrace")->isChecked());
+    QCOMPARE(label("lblRecording")->text(), QStringLiteral("Recording to a.qrm"));
+    QVERIFY(!label("lblRecording")->isHidden());
+    action("actionRecordTrace")->trigger();
+    QVERIFY(!m_window->files()->isRecording());
+    QVERIFY(label("lblRecording")->isHidden());
+}
+
+void TestMainWindow::openedTraceShowsInBothViews()
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("a.qrm"));
+    DatachunkHandler trace;
+    trace.appendCanMessage(at(0, dataFrame(0x100)));
+    trace.appendCanMessage(at(1, dataFrame(0x200)));
+    QVERIFY(trace.saveQrmFile(file));
+    m_window->files()->open(file);
+    QTRY_COMPARE_WITH_TIMEOUT(rows(m_window->tracePage()), 2, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(rows(m_window->identifierPage()), 2, 5000);
+}
+
+void TestMainWindow::traceCommandsFollowTheSituation()
+{
+    QVERIFY(action("actionOpenTrace")->isEnabled());
+    QVERIFY(!action("actionSaveTrace")->isEnabled());
+    receive({dataFrame(0x100)});
+    QTRY_VERIFY_WITH_TIMEOUT(action("actionSaveTrace")->isEnabled(), 5000);
+    QVERIFY(!action("actionOpenTrace")->isEnabled()); // frames come in
+    action("actionDisconnect")->trigger();
+    QTRY_VERIFY_WITH_TIMEOUT(action("actionOpenTrace")->isEnabled(), 5000);
 }
 
 void TestMainWindow::clearTraceEmptiesBothViews()
