@@ -56,7 +56,9 @@ public:
 
     /// Nothing to prepare on this platform.
     void initPerformanceFrequency();
-    /// Sleeps once, with QThread::usleep. Of `microseconds` what earlier sleeps of the same run took too long is left out.
+    /// Sleeps once, with QThread::usleep, until `microseconds` after the moment at which the sleep before should have
+    /// ended: what has passed since then, by oversleeping or by sending, is left out. If that is more than 100 ms, it
+    /// sleeps in full from now on.
     void delayMicroseconds(unsigned long long microseconds);
     /// Sends the frame held back, holds `message` back instead, and waits for the gap between them.
     void handleTxMessage(const CAN::CanRxMessage &message);

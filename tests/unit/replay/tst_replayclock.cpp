@@ -12,6 +12,9 @@ private slots:
     void firstWaitIsSleptInFull();
     void oversleptTimeIsTakenOutOfTheNextSleep();
     void debtBeyondAWaitIsCarriedOn();
+    void debtOfNearlyTooMuchIsMadeUpFor();
+    void debtOfTooMuchIsForgotten();
+    void waitAfterAForgottenDebtIsOnTimeAgain();
     void latenessDoesNotAddUp();
     void restartForgetsTheDebt();
     void anotherSpeedForgetsTheDebt();
@@ -50,6 +53,28 @@ void TestReplayClock::debtBeyondAWaitIsCarriedOn()
     QCOMPARE(clock.sleepFor(1000, after(4500)), quint64(0));
     QCOMPARE(clock.sleepFor(1000, after(4600)), quint64(0));
     QCOMPARE(clock.sleepFor(2000, after(4700)), quint64(300));
+}
+
+void TestReplayClock::debtOfNearlyTooMuchIsMadeUpFor()
+{
+    ReplayClock clock;
+    clock.sleepFor(1000, start);
+    QCOMPARE(clock.sleepFor(150000, after(1000 + 100000)), quint64(50000));
+}
+
+void TestReplayClock::debtOfTooMuchIsForgotten()
+{
+    ReplayClock clock;
+    clock.sleepFor(1000, start);
+    QCOMPARE(clock.sleepFor(150000, after(1000 + 100001)), quint64(150000));
+}
+
+void TestReplayClock::waitAfterAForgottenDebtIsOnTimeAgain()
+{
+    ReplayClock clock;
+    clock.sleepFor(1000, start);
+    clock.sleepFor(1000, after(2000000));
+    QCOMPARE(clock.sleepFor(1000, after(2001070)), quint64(930));
 }
 
 void TestReplayClock::latenessDoesNotAddUp()

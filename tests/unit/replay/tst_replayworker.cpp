@@ -41,6 +41,7 @@ private slots:
     void backwardStepsInTimeDoNotWait();
     void longWaitIsToldWhenItIsOver();
     void timeThatTheAdapterTakesIsNotAddedToTheGaps();
+    void timeOfABlockedWriteIsNotMadeUpFor();
     void stepWithoutPauseSkipsOneGap();
     void pauseHoldsTheReplayUntilItGoesOn();
     void pauseBeforeTheReplayHoldsItAtTheSecondFrame();
@@ -99,6 +100,15 @@ private:
     CallRecord m_ends;
     std::thread m_thread;
 };
+
+/// As an adapter is whose write takes that long.
+void beBusy(qint64 milliseconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < milliseconds)
+        std::this_thread::yield();
+}
 
 CAN::CanRxMessage frame(quint32 id, qint32 seconds, qint32 microseconds = 0)
 {
@@ -408,18 +418,29 @@ void TestReplayWorker::longWaitIsToldWhenItIsOver()
 void TestReplayWorker::timeThatTheAdapterTakesIsNotAddedToTheGaps()
 {
     Replay replay;
+    replay.adapter.onWrite = [] { beBusy(50); };
     QElapsedTimer timer;
-    replay.adapter.onWrite = [&] {
-        // The second frame meets an adapter that is as busy as the gap behind it is long.
-        const qint64 until = replay.written() == QStringLiteral("001 002") ? timer.elapsed() + 1000 : 0;
-        while (timer.elapsed() < until)
-            std::this_thread::yield();
-    };
     timer.start();
+    for (int i = 0; i <= 15; ++i)
+        replay.worker.handleTxMessage(frame(1, 0, i * 60000));
+    QVERIFY2(timer.elapsed() >= 899, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() < 1500, qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestReplayWorker::timeOfABlockedWriteIsNotMadeUpFor()
+{
+    Replay replay;
+    QElapsedTimer sinceTheBlock;
+    replay.adapter.onWrite = [&] {
+        if (replay.written() != QStringLiteral("001 002"))
+            return;
+        beBusy(500);
+        sinceTheBlock.start();
+    };
     replay.worker.handleTxMessage(frame(1, 0));
     replay.worker.handleTxMessage(frame(2, 0, 1));
-    replay.worker.handleTxMessage(frame(3, 1, 1));
-    QVERIFY2(timer.elapsed() < 1900, qPrintable(QString::number(timer.elapsed())));
+    replay.worker.handleTxMessage(frame(3, 0, 200001));
+    QVERIFY2(sinceTheBlock.elapsed() >= 199, qPrintable(QString::number(sinceTheBlock.elapsed())));
 }
 
 void TestReplayWorker::stepWithoutPauseSkipsOneGap()
