@@ -8,6 +8,7 @@
 #include <QDebug>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
 #include <QThread>
 
@@ -152,7 +153,8 @@ void ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgre
 
 void ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
 {
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    // Whoever opens a pipe or a terminal may wait for ever, out of reach of setStop().
+    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         setStop();
         emit infoText(tr("Cannot open file..."));
         return;

@@ -7,6 +7,8 @@
 
 #include <thread>
 
+#include <sys/stat.h>
+
 class TestReplayWorker : public QObject
 {
     Q_OBJECT
@@ -26,6 +28,7 @@ private slots:
     void brokenTimeEndsTheRecording_data();
     void brokenTimeEndsTheRecording();
     void fileThatDoesNotOpenIsToldAndStopsTheWorker();
+    void pipeDoesNotOpen();
     void nameInCapitalsIsNoTrace();
     void withoutAnAdapterTheReplayRunsAllTheSame();
     void noAdapterTakesThePlaceOfOne();
@@ -257,6 +260,17 @@ void TestReplayWorker::fileThatDoesNotOpenIsToldAndStopsTheWorker()
     QCOMPARE(replay.ends(), 1);
     replay.worker.doWork(recording.path());
     QCOMPARE(replay.written(), QString());
+}
+
+void TestReplayWorker::pipeDoesNotOpen()
+{
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("pipe.txt"));
+    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    Replay replay;
+    replay.worker.doWork(path);
+    QCOMPARE(replay.texts(), QStringList({loading, QStringLiteral("Cannot open file...")}));
+    QCOMPARE(replay.ends(), 1);
 }
 
 void TestReplayWorker::nameInCapitalsIsNoTrace()
