@@ -19,7 +19,7 @@
 namespace {
 enum StepState : qint32 { NoStep = 0, StepRequested = 1, StepUnderWay = 2 };
 
-constexpr qint64 progressInterval = 299; // milliseconds that are to pass at least
+constexpr qint64 progressInterval = 300; // milliseconds
 // Of a trace that is played; 84 bytes each.
 constexpr unsigned int framesInMemory = 2000000;
 // Far more than any frame takes: a file without line ends must not fill the memory.
@@ -115,15 +115,16 @@ void ReplayWorker::doWork(const QString &fileName)
     QElapsedTimer sinceProgress;
     sinceProgress.start();
     emit infoText(tr("Loading file..."));
-    if (fileName.endsWith(QLatin1String("qrm")))
-        playTrace(fileName, sinceProgress);
-    else
-        playText(file, sinceProgress);
+    const bool isTrace = fileName.endsWith(QLatin1String("qrm"));
+    const bool played = isTrace ? playTrace(fileName, sinceProgress) : playText(file, sinceProgress);
+    if (!played)
+        return;
     file.close();
     emit completed();
 }
 
-void ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgress)
+/// False if there is nothing to play, when the end has been told.
+bool ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgress)
 {
     DatachunkHandler trace(this, framesInMemory);
     connect(&trace, &DatachunkHandler::sigQRMLoadingProgress, this, &ReplayWorker::onloadingProgressChanged);
@@ -131,7 +132,9 @@ void ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgre
     trace.setImportFinished(loaded, DatachunkHelper::TraceFile, QString(), false);
     if (!loaded) {
         emit infoText(tr("Cannot load QRM file: %1").arg(fileName));
-        return;
+        // While the trace is there: it knows why.
+        emit completed();
+        return false;
     }
     messageCount = trace.getMessageCount();
     lastMessage = trace.getLastMessage();
@@ -149,15 +152,18 @@ void ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgre
     }
     if (!stopRequested)
         sendPreviousMessage();
+    return true;
 }
 
-void ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
+/// False if there is nothing to play, when the end has been told.
+bool ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
 {
     // Whoever opens a pipe or a terminal may wait for ever, out of reach of setStop().
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         setStop();
         emit infoText(tr("Cannot open file..."));
-        return;
+        emit completed();
+        return false;
     }
     QTextStream stream(&file);
     QString line;
@@ -172,6 +178,7 @@ void ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
     }
     if (!stopRequested)
         sendPreviousMessage();
+    return true;
 }
 
 /// False for a line beyond the limit, of which `line` is the beginning.
@@ -191,6 +198,8 @@ bool ReplayWorker::readLine(QTextStream &stream, QString &line)
 bool ReplayWorker::playLine(const QString &line)
 {
     const ReplayLine parsed = parseReplayLine(line);
+    // The one slow thing on a frame's way from waking to sending: whoever looks into a recording from elsewhere sees the
+    // data of each line before anything else is made of it.
     if (parsed.tabbed)
         qDebug() << "d>" << parsed.tabData.toString().split(QLatin1Char(' '), Qt::SkipEmptyParts) << "<d";
     switch (parsed.kind) {
@@ -263,7 +272,7 @@ void ReplayWorker::waitForGap(CanTimeStamp previous, CanTimeStamp next)
 
 void ReplayWorker::reportProgress(QElapsedTimer &sinceProgress)
 {
-    if (sinceProgress.elapsed() <= progressInterval)
+    if (sinceProgress.elapsed() < progressInterval)
         return;
     onUpdateProgress();
     sinceProgress.restart();

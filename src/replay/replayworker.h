@@ -83,8 +83,8 @@ signals:
 private:
     friend class CANReplayer; // writes the flags and the list that have no setter
 
-    void playTrace(const QString &fileName, QElapsedTimer &sinceProgress);
-    void playText(QFile &file, QElapsedTimer &sinceProgress);
+    bool playTrace(const QString &fileName, QElapsedTimer &sinceProgress);
+    bool playText(QFile &file, QElapsedTimer &sinceProgress);
     bool readLine(QTextStream &stream, QString &line);
     bool playLine(const QString &line);
     void reportProgress(QElapsedTimer &sinceProgress);

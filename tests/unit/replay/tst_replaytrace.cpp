@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <utility>
+
 class TestReplayTrace : public QObject
 {
     Q_OBJECT
@@ -15,6 +17,10 @@ private slots:
     void dotBeforeTheSuffixIsNotLookedFor();
     void loadingIsToldBeforeTheStart();
     void fileThatIsNoTraceIsToldAndSendsNothing();
+    void importIsClosedAsItEnded_data();
+    void importIsClosedAsItEnded();
+    void endOfAReplayComesWhenItsTraceIsGone();
+    void endOfAFailedLoadComesWhileItsTraceIsThere();
     void emptyTraceSendsTheFrameThatWasNeverFilled();
     void singleFrameIsSentAtTheEnd();
     void stopLosesTheFrameHeldBack();
@@ -54,6 +60,15 @@ private:
     QString m_path;
     bool m_written = false;
 };
+
+/// A capture that loads as far as its header, which says that there are no CAN frames in it but Ethernet.
+const QByteArray ethernetCapture = QByteArray::fromHex("d4c3b2a1 0200 0400 00000000 00000000 ffff0000 01000000");
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
 
 /// A worker and an adapter, and what came of them, all on the test's thread.
 struct Replay
@@ -116,14 +131,71 @@ void TestReplayTrace::loadingIsToldBeforeTheStart()
 void TestReplayTrace::fileThatIsNoTraceIsToldAndSendsNothing()
 {
     const QTemporaryDir directory;
-    QFile file(directory.filePath(QStringLiteral("text.qrm")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(" 1.000002 0x123/291  (2): 0a 0b;0\n");
-    file.close();
+    const QString path = directory.filePath(QStringLiteral("text.qrm"));
+    QVERIFY(writeFile(path, " 1.000002 0x123/291  (2): 0a 0b;0\n"));
     Replay replay;
-    replay.worker.doWork(file.fileName());
-    QCOMPARE(replay.told(), QStringList({loading, QStringLiteral("Cannot load QRM file: ") + file.fileName()}));
+    replay.worker.doWork(path);
+    QCOMPARE(replay.told(), QStringList({loading, QStringLiteral("Cannot load QRM file: ") + path}));
     QCOMPARE(replay.written(), QString());
+    QCOMPARE(replay.ends.size(), 1);
+}
+
+void TestReplayTrace::importIsClosedAsItEnded_data()
+{
+    QTest::addColumn<QByteArray>("damage");
+    QTest::addColumn<bool>("success");
+
+    QTest::newRow("a good trace") << QByteArray() << true;
+    QTest::newRow("a capture of another kind of network") << ethernetCapture << false;
+}
+
+void TestReplayTrace::importIsClosedAsItEnded()
+{
+    QFETCH(QByteArray, damage);
+    QFETCH(bool, success);
+    const TraceOnDisk trace({0, 100});
+    QVERIFY(damage.isEmpty() || writeFile(trace.path(), damage));
+    Replay replay;
+    QList<bool> successes;
+    QList<DatachunkHelper::ImportFileType> types;
+    bool listening = false;
+    connect(&replay.worker, &ReplayWorker::sigLoadingProgress, [&] {
+        if (std::exchange(listening, true))
+            return;
+        connect(replay.worker.findChild<DatachunkHandler *>(), &DatachunkHandler::importFinished,
+                [&](bool success, DatachunkHelper::ImportFileType type) {
+                    successes << success;
+                    types << type;
+                });
+    });
+    replay.worker.doWork(trace.path());
+    QCOMPARE(successes, QList<bool>({success}));
+    QCOMPARE(types, QList<DatachunkHelper::ImportFileType>({DatachunkHelper::TraceFile}));
+}
+
+void TestReplayTrace::endOfAReplayComesWhenItsTraceIsGone()
+{
+    const TraceOnDisk trace({0, 100});
+    Replay replay;
+    bool gone = false;
+    connect(&replay.worker, &ReplayWorker::completed,
+            [&] { gone = replay.worker.findChild<DatachunkHandler *>() == nullptr; });
+    replay.worker.doWork(trace.path());
+    QVERIFY(gone);
+}
+
+void TestReplayTrace::endOfAFailedLoadComesWhileItsTraceIsThere()
+{
+    const TraceOnDisk trace({});
+    QVERIFY(writeFile(trace.path(), ethernetCapture));
+    Replay replay;
+    QString reason;
+    connect(&replay.worker, &ReplayWorker::completed, [&] {
+        if (const auto *const store = replay.worker.findChild<DatachunkHandler *>())
+            reason = store->importError();
+    });
+    replay.worker.doWork(trace.path());
+    QVERIFY(!reason.isEmpty());
     QCOMPARE(replay.ends.size(), 1);
 }
 
