@@ -54,6 +54,13 @@ inline ReplayLine::Kind readTabs(const QStringList &tabs, CAN::CanRxMessage &rec
     return ReplayLine::Frame;
 }
 
+/// Within the line, as the reader has it.
+inline QStringView fifthColumn(const QString &line)
+{
+    const int begin = line.section(QLatin1Char('\t'), 0, 3).size() + 1;
+    return QStringView(line).mid(begin, line.section(QLatin1Char('\t'), 4, 4).size());
+}
+
 inline ReplayLine parse(const QString &line)
 {
     ReplayLine result;
@@ -64,6 +71,7 @@ inline ReplayLine parse(const QString &line)
         result.kind = readLog(fields, words, result.message);
     } else if (tabs.size() >= 5) {
         result.tabbed = true;
+        result.tabData = fifthColumn(line);
         result.kind = readTabs(tabs, result.message);
     }
     return result;
@@ -72,7 +80,7 @@ inline ReplayLine parse(const QString &line)
 /// The same result to the last byte, of data that do not count too.
 inline bool agrees(const ReplayLine &a, const ReplayLine &b)
 {
-    return a.kind == b.kind && a.tabbed == b.tabbed && a.message == b.message
+    return a.kind == b.kind && a.tabbed == b.tabbed && a.tabData == b.tabData && a.message == b.message
         && std::equal(std::begin(a.message.message.data), std::end(a.message.message.data),
                       std::begin(b.message.message.data));
 }
