@@ -19,7 +19,8 @@
 namespace {
 enum StepState : qint32 { NoStep = 0, StepRequested = 1, StepUnderWay = 2 };
 
-constexpr qint64 progressInterval = 300; // milliseconds
+constexpr qint64 progressInterval = 300;       // milliseconds
+constexpr unsigned long emptyPassRest = 10000; // microseconds
 // Of a trace that is played; 84 bytes each.
 constexpr unsigned int framesInMemory = 2000000;
 // Far more than any frame takes: a file without line ends must not fill the memory.
@@ -144,6 +145,7 @@ bool ReplayWorker::playTrace(const QString &fileName, QElapsedTimer &sinceProgre
             if (!loopMode)
                 break;
             messageIndex = 0;
+            restAfterAnEmptyPass();
             continue;
         }
         ++messageIndex;
@@ -173,8 +175,10 @@ bool ReplayWorker::playText(QFile &file, QElapsedTimer &sinceProgress)
         else if (!playLine(line))
             break;
         reportProgress(sinceProgress);
-        if (loopMode && stream.atEnd())
+        if (loopMode && stream.atEnd()) {
+            restAfterAnEmptyPass();
             stream.seek(0);
+        }
     }
     if (!stopRequested)
         sendPreviousMessage();
@@ -213,6 +217,13 @@ bool ReplayWorker::playLine(const QString &line)
         return false;
     }
     return true;
+}
+
+/// A loop over a recording without a frame has no gaps to wait for, and would keep a core busy until the stop.
+void ReplayWorker::restAfterAnEmptyPass()
+{
+    if (firstMessage)
+        QThread::usleep(emptyPassRest);
 }
 
 void ReplayWorker::handleTxMessage(const CAN::CanRxMessage &message)

@@ -87,6 +87,7 @@ private:
     bool playText(QFile &file, QElapsedTimer &sinceProgress);
     bool readLine(QTextStream &stream, QString &line);
     bool playLine(const QString &line);
+    void restAfterAnEmptyPass();
     void reportProgress(QElapsedTimer &sinceProgress);
     void waitWhilePaused();
     void sendPreviousMessage();

@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <ctime>
+
 class TestCANReplayer : public QObject
 {
     Q_OBJECT
@@ -30,6 +32,7 @@ private slots:
     void stepsGoFrameByFrame();
     void performanceModeChangesNothing();
     void loopRunsUntilItIsSwitchedOff();
+    void loopOverNoFramesLeavesTheProcessorAlone();
     void stopInAPauseEndsTheReplay();
     void secondStartPlaysAgainBehindTheFirst();
     void startAfterAStopEndsAtOnce();
@@ -324,6 +327,17 @@ void TestCANReplayer::loopRunsUntilItIsSwitchedOff()
     replay.replayer.setLoopMode(false);
     QVERIFY(replay.waitForEnds(1));
     QVERIFY(replay.written().endsWith(QStringLiteral("001 002")));
+}
+
+void TestCANReplayer::loopOverNoFramesLeavesTheProcessorAlone()
+{
+    Replay replay("# timestamp id (dlc): data\n");
+    replay.replayer.setLoopMode(true);
+    replay.replayer.start();
+    QTRY_COMPARE_WITH_TIMEOUT(replay.told(), QStringList(loading), bound);
+    const std::clock_t before = std::clock();
+    QVERIFY(!QTest::qWaitFor([&] { return replay.ends.size() > 0; }, 500));
+    QVERIFY(std::clock() - before < CLOCKS_PER_SEC / 5);
 }
 
 void TestCANReplayer::stopInAPauseEndsTheReplay()

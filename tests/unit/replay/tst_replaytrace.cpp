@@ -7,6 +7,7 @@
 
 #include <QtTest>
 
+#include <ctime>
 #include <utility>
 
 class TestReplayTrace : public QObject
@@ -26,6 +27,7 @@ private slots:
     void singleFrameIsSentAtTheEnd();
     void stopLosesTheFrameHeldBack();
     void emptyTraceInALoopEndsByAStop();
+    void emptyTraceInALoopLeavesTheProcessorAlone();
     void loopSendsTheHeldBackFrameOnTheNextPass();
     void secondReplaySendsTheLastFrameAgain();
     void progressCountsFramesAndRecordedTime_data();
@@ -238,6 +240,22 @@ void TestReplayTrace::emptyTraceInALoopEndsByAStop()
     replayer.setStop();
     QTRY_COMPARE_WITH_TIMEOUT(ends.size(), 1, bound);
     QCOMPARE(adapter.calls(), QStringList());
+}
+
+void TestReplayTrace::emptyTraceInALoopLeavesTheProcessorAlone()
+{
+    const TraceOnDisk trace({});
+    CANReplayer replayer(trace.path());
+    const auto stop = qScopeGuard([&] { replayer.setStop(); });
+    replayer.setCanApdater(nullptr);
+    replayer.setLoopMode(true);
+    const QSignalSpy texts(&replayer, &CANReplayer::infoText);
+    const QSignalSpy ends(&replayer, &CANReplayer::finished);
+    replayer.start();
+    QTRY_VERIFY_WITH_TIMEOUT(textsOf(texts).contains(started), bound);
+    const std::clock_t before = std::clock();
+    QVERIFY(!QTest::qWaitFor([&] { return ends.size() > 0; }, 500));
+    QVERIFY(std::clock() - before < CLOCKS_PER_SEC / 5);
 }
 
 void TestReplayTrace::loopSendsTheHeldBackFrameOnTheNextPass()
