@@ -1,12 +1,12 @@
 #pragma once
 
-#include "adaptercontract.h"
 #include "kestrune_export.h"
 
 #include <QObject>
 #include <QSet>
 #include <QThread>
 
+class AbstractCanAdapter;
 class ReplayWorker;
 
 /// Holds one recorded file and plays it onto an adapter, on a thread of its own: a trace whose name ends in "qrm", or a
@@ -18,17 +18,22 @@ class ReplayWorker;
 ///
 /// A file that does not exist or cannot be read makes a replayer that does nothing and emits nothing.
 ///
-/// Destroying a replayer in the middle of a replay waits for the replay's end, which never comes in a loop: call
-/// setStop() first.
+/// A recording without a frame sends one all the same, with the identifier 0 and no data, unless 0 is ignored.
+///
+/// Destroying a replayer in the middle of a replay waits for the replay's end, which never comes in a loop or a pause:
+/// call setStop() first.
 class KESTRUNE_EXPORT CANReplayer : public QObject
 {
     Q_OBJECT
 
 public:
+    /// @param fileName is played by start(); that it can be read is looked at here, and told to the debug stream if not
     explicit CANReplayer(QString fileName, QObject *parent = nullptr);
     ~CANReplayer() override;
 
-    /// Begins the replay. A second call plays again when the first replay is over, unless that one was stopped.
+    /// Begins the replay. A second call plays a text again when the first replay is over; of a trace, which then stays
+    /// at its end, only the last frame goes out again, unless it loops. After a stop, or a text that did not open,
+    /// nothing goes out any more.
     void start();
 
     /// @param canAdapter stays the caller's and has to live until finished(); null plays to nobody
@@ -48,16 +53,21 @@ public:
     void setPlaybackSpeed(double speed);
     /// Kept for those who set it; it changes nothing on this platform.
     void setPerformanceMode(bool performance);
+    /// Starts again at the end of the recording, until this is switched off or the replay is stopped.
     void setLoopMode(bool loop);
     /// Ends the replay, and every later one of this replayer as it begins.
     void setStop();
 
 public slots:
+    // What the replay thread tells; the signals below hand it on.
+
     void handleResults();
     void handleInfoText(QString text);
+    /// @param percent of a trace that is loaded, which becomes an infoText()
     void onLoadingProgressChanged(double percent);
 
 signals:
+    /// To the replay thread: plays that file.
     void operate(const QString &fileName);
     /// The end of every replay: played, stopped or failed.
     void finished();

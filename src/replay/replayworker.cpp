@@ -1,5 +1,6 @@
 #include "replayworker.h"
 
+#include "adaptercontract.h"
 #include "datachunkhandler.h"
 #include "replayclock.h"
 #include "replaygap.h"
@@ -202,8 +203,8 @@ bool ReplayWorker::readLine(QTextStream &stream, QString &line)
 bool ReplayWorker::playLine(const QString &line)
 {
     const ReplayLine parsed = parseReplayLine(line);
-    // The one slow thing on a frame's way from waking to sending: whoever looks into a recording from elsewhere sees the
-    // data of each line before anything else is made of it.
+    // The one slow thing on a frame's way from waking to sending: whoever looks into a recording from elsewhere sees
+    // the data of each line before anything else is made of it.
     if (parsed.tabbed)
         qDebug() << "d>" << parsed.tabData.toString().split(QLatin1Char(' '), Qt::SkipEmptyParts) << "<d";
     switch (parsed.kind) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "adaptercontract.h"
 #include "canrecords.h"
 #include "kestrune_export.h"
 
@@ -12,6 +11,7 @@
 #include <atomic>
 #include <memory>
 
+class AbstractCanAdapter;
 class QElapsedTimer;
 class QFile;
 class QTextStream;
@@ -31,6 +31,7 @@ class KESTRUNE_EXPORT ReplayWorker : public QObject
     Q_OBJECT
 
 public:
+    /// Without a parent, to be moved to its thread.
     ReplayWorker();
     ~ReplayWorker() override;
 
@@ -64,9 +65,13 @@ public:
     void handleTxMessage(const CAN::CanRxMessage &message);
 
 public slots:
-    /// The whole replay; returns when it is over.
+    /// The whole replay; returns when it is over. One trace a worker: a second one would begin at the frame at which
+    /// the first has ended.
     void doWork(const QString &fileName);
+    /// Tells how much of a trace is played and how much recorded time is left; of a text, whose length nobody knows,
+    /// "nan" and no time.
     void onUpdateProgress();
+    /// Hands the progress of the trace on, as sigLoadingProgress().
     void onloadingProgressChanged(double percent);
 
 signals:
