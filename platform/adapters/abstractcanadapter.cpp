@@ -1,5 +1,6 @@
 #include "adaptercontract.h"
 
+#include "bitrateentry.h"
 #include "optionbytes.h"
 
 #include <QDataStream>
@@ -51,6 +52,21 @@ void registerAdapterRecords()
     qRegisterMetaTypeStreamOperators<AbstractCanAdapter::SystecXM3AdvValues>();
 }
 Q_CONSTRUCTOR_FUNCTION(registerAdapterRecords)
+
+/// What a network interface of the system is set to is no choice of the user's: two adapters on it are the same whatever
+/// was last seen there.
+bool isDictatedBySystem(AbstractCanAdapter::AdapterOption option)
+{
+    return option == AbstractCanAdapter::OptionUseCanFd || option == AbstractCanAdapter::OptionAutoBusOn
+        || option == AbstractCanAdapter::OptionFdBitrate || option == AbstractCanAdapter::OptionBitrate;
+}
+
+/// The form offers the whole state of an interface as its bitrate; an option holds the one rate of it.
+QVariant bitrateOf(const AbstractCanAdapter::SocketCANProps &props, AbstractCanAdapter::AdapterOption option)
+{
+    const quint16 bitrate = option == AbstractCanAdapter::OptionFdBitrate ? props.fdBitrate : props.bitrate;
+    return QVariant::fromValue(bitrateEntry(bitrate));
+}
 } // namespace
 
 QVariant AbstractCanAdapter::SocketCANProps::toQVariant() const
@@ -79,6 +95,9 @@ void AbstractCanAdapter::setCanAdapterOption(AdapterOption option, QVariant valu
         return;
     if (option == OptionListenOnly)
         listenOnly = value.toBool();
+    const bool isBitrate = option == OptionFdBitrate || option == OptionBitrate;
+    if (isBitrate && isSocketCan() && value.userType() == qMetaTypeId<SocketCANProps>())
+        value = bitrateOf(value.value<SocketCANProps>(), option);
     d->options.insert(option, value);
 }
 
@@ -127,9 +146,15 @@ bool AbstractCanAdapter::operator==(const AbstractCanAdapter &other) const
     const QList<AdapterOption> mine = const_cast<AbstractCanAdapter *>(this)->getSupportedOptions();
     const QList<AdapterOption> theirs = const_cast<AbstractCanAdapter &>(other).getSupportedOptions();
     const auto sameValue = [&](AdapterOption option) {
-        return getCanAdapterOption(option) == other.getCanAdapterOption(option);
+        return (isSocketCan() && isDictatedBySystem(option))
+            || getCanAdapterOption(option) == other.getCanAdapterOption(option);
     };
     return sameValue(OptionAdapterType) && mine == theirs && std::all_of(mine.begin(), mine.end(), sameValue);
+}
+
+bool AbstractCanAdapter::isSocketCan() const
+{
+    return getCanAdapterOption(OptionAdapterType).toUInt() == CanAdapterSocketCan;
 }
 
 bool AbstractCanAdapter::operator!=(const AbstractCanAdapter &other) const

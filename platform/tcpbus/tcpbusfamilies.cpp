@@ -1,5 +1,6 @@
 #include "tcpbusfamilies.h"
 
+#include "bitrateentry.h"
 #include "tcpbusadapter.h"
 
 namespace {
@@ -19,10 +20,8 @@ template <std::size_t count>
 QList<CAN::CANBitrateDesc> toList(const Bitrate (&bitrates)[count])
 {
     QList<CAN::CANBitrateDesc> list;
-    for (const Bitrate &entry : bitrates) {
-        list.append(
-            {QStringLiteral("%1 kBit/s").arg(entry.kiloBitsPerSecond), entry.kiloBitsPerSecond, entry.samplePoint});
-    }
+    for (const Bitrate &entry : bitrates)
+        list.append(bitrateEntry(entry.kiloBitsPerSecond, entry.samplePoint));
     return list;
 }
 

@@ -200,6 +200,7 @@ public slots:
 public:
     /// Invalid if the adapter has no such value.
     QVariant getCanAdapterOption(AdapterOption option) const;
+    /// SocketCANProps given to a SocketCAN adapter as one of its two bitrates are stored as that CANBitrateDesc.
     void setCanAdapterOption(AdapterOption option, QVariant value);
 
     bool getRunning() const;
@@ -216,7 +217,8 @@ public:
     /// damage. False if anything was missing, damaged or unknown. Type and device text stay as they are.
     bool restoreValues(const QByteArray &bytes);
 
-    /// Same type and same values of all supported options.
+    /// Same type and same values of all supported options. Of a SocketCAN adapter what the system dictates does not
+    /// count: OptionUseCanFd, OptionAutoBusOn and the two bitrates.
     bool operator==(const AbstractCanAdapter &other) const;
     bool operator!=(const AbstractCanAdapter &other) const;
 
@@ -263,6 +265,9 @@ protected:
 
 private:
     Q_DISABLE_COPY(AbstractCanAdapter)
+
+    bool isSocketCan() const;
+
     std::unique_ptr<AbstractCanAdapterPrivate> d;
 };
 

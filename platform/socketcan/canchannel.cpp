@@ -1,0 +1,226 @@
+#include "canchannel.h"
+
+#include "cansocket.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <mutex>
+#include <system_error>
+
+namespace {
+// Enough that a flood costs few calls of the system, and small enough to stay in the cache.
+constexpr int batchSize = 128;
+// The queue of a link that is full says nothing when it has room again.
+constexpr std::chrono::microseconds fullQueuePause(500);
+constexpr short ends = POLLHUP | POLLNVAL;
+
+bool isTransient(int error)
+{
+    return error == EAGAIN || error == EINTR || error == ENOBUFS || error == ENOMEM;
+}
+
+bool meansLinkIsGone(int error)
+{
+    return error == ENETDOWN || error == ENXIO || error == ENODEV || error == EPIPE || error == ECONNRESET
+        || error == ECONNREFUSED || error == ENOTCONN;
+}
+
+timespec toTimespec(std::chrono::nanoseconds time)
+{
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time);
+    return {static_cast<time_t>(seconds.count()), static_cast<long>((time - seconds).count())};
+}
+} // namespace
+
+struct CanChannel::Batch
+{
+    Batch()
+    {
+        for (int i = 0; i < batchSize; ++i) {
+            blocks[i] = {&frames[i], sizeof frames[i]};
+            headers[i].msg_hdr.msg_iov = &blocks[i];
+            headers[i].msg_hdr.msg_iovlen = 1;
+            headers[i].msg_hdr.msg_control = controls[i];
+            headers[i].msg_hdr.msg_controllen = sizeof controls[i];
+        }
+    }
+
+    canfd_frame frames[batchSize] = {};
+    iovec blocks[batchSize] = {};
+    mmsghdr headers[batchSize] = {};
+    alignas(cmsghdr) char controls[batchSize][ReceptionInfo::controlSize] = {};
+};
+
+CanChannel::CanChannel(CanChannelListener &listener)
+    : m_listener(listener)
+{
+}
+
+CanChannel::~CanChannel()
+{
+    stop();
+}
+
+bool CanChannel::start(FileDescriptor socket)
+{
+    stop();
+    m_socket = std::move(socket);
+    m_wake = FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!m_wake.isValid())
+        return false;
+    m_stopping = false;
+    m_stalled = false;
+    m_failure = 0;
+    m_awaitsQuiet = true;
+    m_dropped = 0;
+    m_linked = true;
+    try {
+        m_receiver = std::thread(&CanChannel::receiveLoop, this);
+    } catch (const std::system_error &) {
+        m_linked = false;
+        return false;
+    }
+    return true;
+}
+
+void CanChannel::stop()
+{
+    if (!m_receiver.joinable())
+        return;
+    m_stopping = true;
+    m_linked = false;
+    ::eventfd_write(m_wake.get(), 1);
+    m_receiver.join();
+    const std::lock_guard lock(m_useMutex);
+    m_socket.reset();
+    m_wake.reset();
+}
+
+CanChannel::SendResult CanChannel::send(const canfd_frame &frame, std::size_t size)
+{
+    // Asked before the lock too, so that a crowd of senders cannot keep stop() from its own.
+    if (!m_linked)
+        return SendResult::NotLinked;
+    const std::shared_lock lock(m_useMutex);
+    int error = 0;
+    SendResult result = sendOnce(frame, size, error);
+    if (result == SendResult::Lost && !m_stalled) {
+        const Clock::time_point deadline = Clock::now() + sendTimeout;
+        while (result == SendResult::Lost && waitForRoom(error, deadline))
+            result = sendOnce(frame, size, error);
+    }
+    if (result == SendResult::NotLinked)
+        fail(error);
+    else if (result != SendResult::Refused)
+        m_stalled = result == SendResult::Lost && m_linked;
+    return result;
+}
+
+/// Lost: not now. `error` is then EAGAIN if the socket is full, and ENOBUFS if the link's queue is.
+CanChannel::SendResult CanChannel::sendOnce(const canfd_frame &frame, std::size_t size, int &error) const
+{
+    if (!m_linked)
+        return SendResult::NotLinked;
+    if (::send(m_socket.get(), &frame, size, MSG_DONTWAIT | MSG_NOSIGNAL) >= 0)
+        return SendResult::Sent;
+    error = errno;
+    if (isTransient(error))
+        return SendResult::Lost;
+    return meansLinkIsGone(error) ? SendResult::NotLinked : SendResult::Refused;
+}
+
+/// False if time is up or the link has ended.
+bool CanChannel::waitForRoom(int error, Clock::time_point deadline) const
+{
+    using std::chrono::nanoseconds;
+    const nanoseconds left = deadline - Clock::now();
+    if (left <= nanoseconds::zero())
+        return false;
+    const bool socketTells = error == EAGAIN;
+    const timespec time = toTimespec(socketTells ? left : std::min<nanoseconds>(left, fullQueuePause));
+    pollfd polls[] = {{m_wake.get(), POLLIN, 0}, {m_socket.get(), POLLOUT, 0}};
+    ::ppoll(polls, socketTells ? 2 : 1, &time, nullptr);
+    return polls[0].revents == 0;
+}
+
+/// The receive thread is the one that tells.
+void CanChannel::fail(int error)
+{
+    int none = 0;
+    if (error != 0 && m_linked && m_failure.compare_exchange_strong(none, error))
+        ::eventfd_write(m_wake.get(), 1);
+}
+
+void CanChannel::receiveLoop()
+{
+    m_receiverId = std::this_thread::get_id();
+    const auto batch = std::make_unique<Batch>();
+    int error = 0;
+    while (error == 0 && !m_stopping) {
+        error = waitForFrames();
+        if (error == 0)
+            error = receiveBatch(*batch);
+    }
+    noticeDrops(droppedFrames(m_socket, m_dropped));
+    if (!m_stopping.load()) {
+        m_linked = false;
+        ::eventfd_write(m_wake.get(), 1);
+        m_listener.linkLost(error);
+    }
+    m_receiverId = std::thread::id();
+}
+
+/// @return what ended the link, or 0
+int CanChannel::waitForFrames()
+{
+    pollfd polls[] = {{m_socket.get(), POLLIN, 0}, {m_wake.get(), POLLIN, 0}};
+    const int ready = ::poll(polls, std::size(polls), m_awaitsQuiet ? int(quietTime.count()) : -1);
+    if (ready == 0) {
+        noticeDrops(droppedFrames(m_socket, m_dropped));
+        m_awaitsQuiet = m_listener.fellQuiet();
+        return 0;
+    }
+    if (ready > 0 && polls[1].revents != 0)
+        return m_failure;
+    // What came before the end is still read.
+    return ready > 0 && (polls[0].revents & ends) != 0 && (polls[0].revents & POLLIN) == 0 ? ENODEV : 0;
+}
+
+/// @return what ended the link, or 0
+int CanChannel::receiveBatch(Batch &batch)
+{
+    const int count = ::recvmmsg(m_socket.get(), batch.headers, batchSize, MSG_DONTWAIT, nullptr);
+    if (count < 0)
+        return isTransient(errno) ? 0 : errno;
+    m_awaitsQuiet = true;
+    handOn(batch, count);
+    for (int i = 0; i < count; ++i)
+        batch.headers[i].msg_hdr.msg_controllen = sizeof batch.controls[i];
+    // A socket of the kind that ends by an empty read stays readable for ever.
+    return count > 0 && batch.headers[0].msg_len == 0 ? ENODEV : 0;
+}
+
+void CanChannel::handOn(const Batch &batch, int count)
+{
+    for (int i = 0; i < count && !m_stopping; ++i) {
+        const ReceptionInfo info = readReceptionInfo(batch.headers[i].msg_hdr);
+        if (info.dropped)
+            noticeDrops(*info.dropped);
+        m_listener.frameArrived(batch.frames[i], batch.headers[i].msg_len, info);
+    }
+}
+
+void CanChannel::noticeDrops(quint32 total)
+{
+    // Frames that waited in the queue tell a count of the time before, the counter itself being asked in between.
+    const auto more = static_cast<qint32>(total - m_dropped);
+    if (more <= 0)
+        return;
+    m_dropped = total;
+    m_listener.framesDropped(static_cast<quint32>(more));
+}
