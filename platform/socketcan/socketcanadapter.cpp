@@ -75,6 +75,7 @@ int SocketCanAdapter::openOn(FileDescriptor socket, const LinkProperties &link)
     readSettings();
     m_hasController = link.hasController;
     m_state = CAN::CanStateUnknown;
+    m_busOff = false;
     m_stateAskedAt = 0;
     m_saidLoss = false;
     if (m_channel.start(std::move(socket)))
@@ -162,6 +163,9 @@ AbstractCanAdapter::WriteResult SocketCanAdapter::send(const CAN::CanMessage &me
     const std::size_t size = message.fd && !m_canFd ? 0 : toKernelFrame(message, frame);
     if (size == 0)
         return WriteInvalidFrame;
+    // The system takes frames for a controller that is off the bus, and drops them.
+    if (m_busOff)
+        return WriteLost;
     switch (m_channel.send(frame, size)) {
     case CanChannel::SendResult::Sent:
         return WriteOk;
@@ -250,6 +254,7 @@ bool SocketCanAdapter::askState()
 
 void SocketCanAdapter::tellState(CAN::CanState state, CanTimeStamp stamp)
 {
+    m_busOff = m_hasController && state == CAN::CanStateBusOff;
     if (std::exchange(m_state, state) != state)
         emit newCanState(state, stamp);
 }

@@ -72,6 +72,7 @@ private:
     std::atomic<bool> m_closesLater{false}; ///< asked for on the receive thread, not done yet
     std::atomic<bool> m_canFd{false};
     std::atomic<bool> m_silent{false};
+    std::atomic<bool> m_busOff{false};
     // Of the receive thread, while there is one.
     bool m_hasController = false;
     bool m_logErrors = false;

@@ -50,9 +50,7 @@ std::vector<Example> fdExamples()
         message.brs = (flags & 1) != 0;
         message.extraFlag = (flags & 2) != 0;
         examples.push_back({QStringLiteral("CAN FD, flags %1").arg(flags), message,
-                            QStringLiteral("123##%1"
-                                           "4142")
-                                .arg(flags | fdMark)});
+                            QStringLiteral("123##%1").arg(flags | fdMark) + QStringLiteral("4142")});
     }
     for (const int length : {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20, 24, 32, 48, 64}) {
         CAN::CanMessage message = makeMessage(0x1ABCDEF0, QByteArray(length, 'Z'), true);
@@ -63,14 +61,41 @@ std::vector<Example> fdExamples()
     return examples;
 }
 
-void addExamples()
+std::vector<Example> allExamples()
 {
-    QTest::addColumn<CAN::CanMessage>("message");
-    QTest::addColumn<QString>("text");
-    for (const auto &examples : {classicExamples(), fdExamples()}) {
-        for (const Example &example : examples)
-            QTest::newRow(qPrintable(example.name)) << example.message << example.text;
+    std::vector<Example> all = classicExamples();
+    const std::vector<Example> fd = fdExamples();
+    all.insert(all.end(), fd.begin(), fd.end());
+    return all;
+}
+
+QStringList texts(const std::vector<Example> &examples)
+{
+    QStringList list;
+    for (const Example &example : examples)
+        list.append(example.text);
+    return list;
+}
+
+QList<CAN::CanMessage> messages(const std::vector<Example> &examples)
+{
+    QList<CAN::CanMessage> list;
+    for (const Example &example : examples)
+        list.append(example.message);
+    return list;
+}
+
+/// A file as candump writes it, with a frame each millisecond.
+bool record(QTemporaryFile &file, const std::vector<Example> &examples)
+{
+    if (!file.open())
+        return false;
+    int number = 0;
+    for (const Example &example : examples) {
+        file.write("(1000." + QByteArray::number(1000 * ++number).rightJustified(6, '0') + ") vcan1 "
+                   + example.text.toLatin1() + '\n');
     }
+    return file.flush();
 }
 
 qint64 microseconds(CanTimeStamp stamp)
@@ -85,13 +110,12 @@ class TestVcanFrames : public QObject
     Q_OBJECT
 
 private slots:
-    void candumpSeesWhatIsWritten_data() { addExamples(); }
     void candumpSeesWhatIsWritten();
-    void whatCansendSendsArrives_data() { addExamples(); }
+    void whatCansendSendsArrives_data();
     void whatCansendSendsArrives();
     void pythonAnswers();
     void fullDuplexTestOfCanUtilsPasses();
-    void recordingOfCandumpComesBackByCanplayer();
+    void recordingComesBackByCanplayer();
     void errorFrameIsHandedOnIfWanted();
     void errorFrameStaysBackOtherwise();
     void errorFramesMoveTheControllersState();
@@ -103,13 +127,25 @@ private slots:
 
 void TestVcanFrames::candumpSeesWhatIsWritten()
 {
-    QFETCH(CAN::CanMessage, message);
-    QFETCH(QString, text);
     const Vcan::AdapterPtr adapter = Vcan::makeAdapter("vcan0");
     QVERIFY(Vcan::start(*adapter));
     Vcan::Candump dump("vcan0");
-    QCOMPARE(adapter->write(&message), Adapter::WriteOk);
-    QCOMPARE(dump.frame(), text);
+    QStringList seen;
+    for (Example &example : allExamples()) {
+        QCOMPARE(adapter->write(&example.message), Adapter::WriteOk);
+        seen.append(dump.frame());
+    }
+    QCOMPARE(seen, texts(allExamples()));
+}
+
+void TestVcanFrames::whatCansendSendsArrives_data()
+{
+    QTest::addColumn<CAN::CanMessage>("message");
+    QTest::addColumn<QString>("text");
+    for (const Example &example : classicExamples())
+        QTest::newRow(qPrintable(example.name)) << example.message << example.text;
+    const Example longest = fdExamples().back();
+    QTest::newRow(qPrintable(longest.name)) << longest.message << longest.text;
 }
 
 void TestVcanFrames::whatCansendSendsArrives()
@@ -132,12 +168,10 @@ void TestVcanFrames::pythonAnswers()
     Vcan::Tool python(QStringLiteral("/usr/bin/python3 " VCAN_FOLDER "/python_echo.py vcan1"));
     QCOMPARE(python.line(), QStringLiteral("ready"));
     QList<CAN::CanMessage> answers;
-    for (const auto &examples : {classicExamples(), fdExamples()}) {
-        for (Example example : examples) {
-            QCOMPARE(adapter->write(&example.message), Adapter::WriteOk);
-            example.message.id ^= 1;
-            answers.append(example.message);
-        }
+    for (Example &example : allExamples()) {
+        QCOMPARE(adapter->write(&example.message), Adapter::WriteOk);
+        example.message.id ^= 1;
+        answers.append(example.message);
     }
     QVERIFY(record.waitForFrames(std::size_t(answers.size())));
     QVERIFY(record.frames() == answers);
@@ -157,35 +191,20 @@ void TestVcanFrames::fullDuplexTestOfCanUtilsPasses()
     QVERIFY(Vcan::start(*adapter));
     Vcan::Tool test(QStringLiteral("canfdtest -g -l 500 vcan0"));
     QVERIFY(test.endsWithoutError());
-    QCOMPARE(adapter->framesReceived(), quint64(500));
+    QVERIFY(adapter->framesReceived() >= 500);
     adapter->close();
 }
 
-void TestVcanFrames::recordingOfCandumpComesBackByCanplayer()
+void TestVcanFrames::recordingComesBackByCanplayer()
 {
-    QTemporaryFile recording;
-    QVERIFY(recording.open());
-    QByteArray expected;
-    int index = 0;
-    for (const auto &examples : {classicExamples(), fdExamples()}) {
-        for (const Example &example : examples)
-            recording.write(QStringLiteral("(1000.%1) vcan1 %2\n")
-                                .arg(1000 * ++index, 6, 10, QLatin1Char('0'))
-                                .arg(example.text)
-                                .toLatin1());
-    }
-    recording.close();
+    QTemporaryFile file;
+    QVERIFY(record(file, allExamples()));
     const Vcan::AdapterPtr adapter = Vcan::makeAdapter("vcan1");
-    AdapterRecord record(*adapter);
+    AdapterRecord received(*adapter);
     QVERIFY(Vcan::start(*adapter));
-    QVERIFY(Vcan::run(QStringLiteral("canplayer -I ") + recording.fileName()));
-    QVERIFY(record.waitForFrames(std::size_t(index)));
-    QList<CAN::CanMessage> messages;
-    for (const auto &examples : {classicExamples(), fdExamples()}) {
-        for (const Example &example : examples)
-            messages.append(example.message);
-    }
-    QVERIFY(record.frames() == messages);
+    QVERIFY(Vcan::run(QStringLiteral("canplayer -I ") + file.fileName()));
+    QVERIFY(received.waitForFrames(allExamples().size()));
+    QVERIFY(received.frames() == messages(allExamples()));
 }
 
 void TestVcanFrames::errorFrameIsHandedOnIfWanted()

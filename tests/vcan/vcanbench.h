@@ -8,16 +8,21 @@
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <csignal>
+
 // The parts of a test that runs in the machine of vcan-run.sh: its links, and the programs of others at their far end.
 namespace Vcan {
 constexpr int patience = 20000; // ms
 
+enum Output { Shown, Quiet };
+
 /// Runs a command to its end.
-inline bool run(const QString &commandLine)
+inline bool run(const QString &commandLine, Output output = Shown)
 {
     QStringList arguments = QProcess::splitCommand(commandLine);
     QProcess process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    if (output == Shown)
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(arguments.takeFirst(), arguments);
     return process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
@@ -25,6 +30,16 @@ inline bool run(const QString &commandLine)
 inline bool run(const char *commandLine)
 {
     return run(QString::fromLatin1(commandLine));
+}
+
+/// What a command prints.
+inline QByteArray outputOf(const char *commandLine)
+{
+    QStringList arguments = QProcess::splitCommand(QString::fromLatin1(commandLine));
+    QProcess process;
+    process.start(arguments.takeFirst(), arguments);
+    process.waitForFinished(patience);
+    return process.readAllStandardOutput();
 }
 
 /// Sockets that receive from the link.
@@ -73,8 +88,8 @@ public:
         return (m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience))
             && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
     }
-    bool isRunning() const { return m_process.state() == QProcess::Running; }
-    void closeInput() { m_process.closeWriteChannel(); }
+    /// It does nothing more, without an end.
+    void freeze() { ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP); }
 
 private:
     QProcess m_process;
