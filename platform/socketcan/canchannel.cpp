@@ -198,21 +198,26 @@ int CanChannel::receiveBatch(Batch &batch)
     if (count < 0)
         return isTransient(errno) ? 0 : errno;
     m_awaitsQuiet = true;
-    handOn(batch, count);
+    const bool ended = !handOn(batch, count);
     for (int i = 0; i < count; ++i)
         batch.headers[i].msg_hdr.msg_controllen = sizeof batch.controls[i];
-    // A socket of the kind that ends by an empty read stays readable for ever.
-    return count > 0 && batch.headers[0].msg_len == 0 ? ENODEV : 0;
+    return ended ? ENODEV : 0;
 }
 
-void CanChannel::handOn(const Batch &batch, int count)
+/// False if the end of the link is among what came.
+bool CanChannel::handOn(const Batch &batch, int count)
 {
     for (int i = 0; i < count && !m_stopping; ++i) {
-        const ReceptionInfo info = readReceptionInfo(batch.headers[i].msg_hdr);
+        const mmsghdr &header = batch.headers[i];
+        // A frame is never empty; sockets that know their end say it so, again and again.
+        if (header.msg_len == 0)
+            return false;
+        const ReceptionInfo info = readReceptionInfo(header.msg_hdr);
         if (info.dropped)
             noticeDrops(*info.dropped);
-        m_listener.frameArrived(batch.frames[i], batch.headers[i].msg_len, info);
+        m_listener.frameArrived(batch.frames[i], header.msg_len, info);
     }
+    return true;
 }
 
 void CanChannel::noticeDrops(quint32 total)

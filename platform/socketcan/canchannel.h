@@ -69,7 +69,7 @@ private:
     void receiveLoop();
     int waitForFrames();
     int receiveBatch(Batch &batch);
-    void handOn(const Batch &batch, int count);
+    bool handOn(const Batch &batch, int count);
     void noticeDrops(quint32 total);
 
     CanChannelListener &m_listener;
