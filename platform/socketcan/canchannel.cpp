@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <sys/timerfd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,6 +16,8 @@
 namespace {
 // Enough that a flood costs few calls of the system, and small enough to stay in the cache.
 constexpr int batchSize = 128;
+// Frames that come closer than this, in ns, come in masses.
+constexpr qint64 busyDistance = 500000;
 // The queue of a link that is full says nothing when it has room again.
 constexpr std::chrono::microseconds fullQueuePause(500);
 constexpr short ends = POLLHUP | POLLNVAL;
@@ -71,13 +74,16 @@ bool CanChannel::start(FileDescriptor socket)
     stop();
     m_socket = std::move(socket);
     m_wake = FileDescriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!m_wake.isValid())
+    m_timer = FileDescriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
+    if (!m_wake.isValid() || !m_timer.isValid())
         return false;
     m_stopping = false;
     m_stalled = false;
     m_failure = 0;
-    m_awaitsQuiet = true;
+    m_isBusy = false;
+    m_lastStamp = 0;
     m_dropped = 0;
+    tick(true);
     m_linked = true;
     try {
         m_receiver = std::thread(&CanChannel::receiveLoop, this);
@@ -99,6 +105,7 @@ void CanChannel::stop()
     const std::lock_guard lock(m_useMutex);
     m_socket.reset();
     m_wake.reset();
+    m_timer.reset();
 }
 
 CanChannel::SendResult CanChannel::send(const canfd_frame &frame, std::size_t size)
@@ -162,7 +169,7 @@ void CanChannel::receiveLoop()
     const auto batch = std::make_unique<Batch>();
     int error = 0;
     while (error == 0 && !m_stopping) {
-        error = waitForFrames();
+        error = m_isBusy ? gatherFrames() : waitForFrames();
         if (error == 0)
             error = receiveBatch(*batch);
     }
@@ -176,28 +183,38 @@ void CanChannel::receiveLoop()
 }
 
 /// @return what ended the link, or 0
+int CanChannel::gatherFrames()
+{
+    pollfd wake = {m_wake.get(), POLLIN, 0};
+    const timespec time = toTimespec(gatherTime);
+    return ::ppoll(&wake, 1, &time, nullptr) > 0 ? m_failure.load() : 0;
+}
+
+/// @return what ended the link, or 0
 int CanChannel::waitForFrames()
 {
-    pollfd polls[] = {{m_socket.get(), POLLIN, 0}, {m_wake.get(), POLLIN, 0}};
-    const int ready = ::poll(polls, std::size(polls), m_awaitsQuiet ? int(quietTime.count()) : -1);
-    if (ready == 0) {
-        noticeDrops(droppedFrames(m_socket, m_dropped));
-        m_awaitsQuiet = m_listener.fellQuiet();
+    pollfd polls[] = {{m_socket.get(), POLLIN, 0}, {m_wake.get(), POLLIN, 0}, {m_timer.get(), POLLIN, 0}};
+    if (::poll(polls, std::size(polls), -1) < 0)
         return 0;
-    }
-    if (ready > 0 && polls[1].revents != 0)
+    if (polls[1].revents != 0)
         return m_failure;
+    if (polls[2].revents != 0)
+        noticeTick();
     // What came before the end is still read.
-    return ready > 0 && (polls[0].revents & ends) != 0 && (polls[0].revents & POLLIN) == 0 ? ENODEV : 0;
+    return (polls[0].revents & ends) != 0 && (polls[0].revents & POLLIN) == 0 ? ENODEV : 0;
 }
 
 /// @return what ended the link, or 0
 int CanChannel::receiveBatch(Batch &batch)
 {
     const int count = ::recvmmsg(m_socket.get(), batch.headers, batchSize, MSG_DONTWAIT, nullptr);
-    if (count < 0)
+    if (count < 0) {
+        m_isBusy = false;
         return isTransient(errno) ? 0 : errno;
-    m_awaitsQuiet = true;
+    }
+    m_cameSinceTick = true;
+    if (!m_ticks)
+        tick(true);
     const bool ended = !handOn(batch, count);
     for (int i = 0; i < count; ++i)
         batch.headers[i].msg_hdr.msg_controllen = sizeof batch.controls[i];
@@ -216,8 +233,17 @@ bool CanChannel::handOn(const Batch &batch, int count)
         if (info.dropped)
             noticeDrops(*info.dropped);
         m_listener.frameArrived(batch.frames[i], header.msg_len, info);
+        if (i == count - 1)
+            noticeRate(count, info.systemTime);
     }
     return true;
+}
+
+/// @param stamp of the last of the frames that were read together; 0 if it has none
+void CanChannel::noticeRate(int count, qint64 stamp)
+{
+    const qint64 passed = stamp - std::exchange(m_lastStamp, stamp);
+    m_isBusy = stamp != 0 && passed >= 0 && passed < count * busyDistance;
 }
 
 void CanChannel::noticeDrops(quint32 total)
@@ -228,4 +254,25 @@ void CanChannel::noticeDrops(quint32 total)
         return;
     m_dropped = total;
     m_listener.framesDropped(static_cast<quint32>(more));
+}
+
+/// Ticks go on from the first frame to the first time of quiet, rather than being put off by every frame: that is
+/// done without a call of the system.
+void CanChannel::noticeTick()
+{
+    quint64 ticks = 0;
+    if (::read(m_timer.get(), &ticks, sizeof ticks) != sizeof ticks || std::exchange(m_cameSinceTick, false))
+        return;
+    noticeDrops(droppedFrames(m_socket, m_dropped));
+    if (!m_listener.fellQuiet())
+        tick(false);
+}
+
+void CanChannel::tick(bool on)
+{
+    m_ticks = on;
+    m_cameSinceTick = false;
+    const timespec time = toTimespec(on ? quietTime : quietTime.zero());
+    const itimerspec period = {time, time};
+    ::timerfd_settime(m_timer.get(), 0, &period, nullptr);
 }

@@ -18,8 +18,8 @@ public:
     virtual void frameArrived(const canfd_frame &frame, std::size_t size, const ReceptionInfo &info) = 0;
     /// So many frames more found the receive buffer full.
     virtual void framesDropped(quint32 frames) = 0;
-    /// No frame came for CanChannel::quietTime, for the first time since the last one or since the start. True asks for
-    /// another such call when as much time has passed again.
+    /// No frame came for CanChannel::quietTime or up to twice as long, for the first time since the last one or since
+    /// the start. True asks for another such call when as much time has passed again.
     virtual bool fellQuiet() = 0;
     /// The link ended, though nobody called CanChannel::stop(); once a link, as the last call.
     /// @param error the system's number
@@ -31,6 +31,9 @@ protected:
 
 /// Receives from a raw socket on a thread of its own, and sends on the callers' threads.
 ///
+/// A frame is handed on at once, unless more than some 2,000 a second come in: then they gather for gatherTime, and are
+/// fetched together, for most of what a frame costs is the way into the kernel and back.
+///
 /// start() and stop() belong to one thread, which is not the receive thread; the rest may be called from any.
 class CanChannel
 {
@@ -39,6 +42,7 @@ public:
 
     static constexpr std::chrono::milliseconds sendTimeout = std::chrono::seconds(1);
     static constexpr std::chrono::milliseconds quietTime{250};
+    static constexpr std::chrono::milliseconds gatherTime{1};
 
     /// @param listener outlives the channel
     explicit CanChannel(CanChannelListener &listener);
@@ -67,14 +71,19 @@ private:
     bool waitForRoom(int error, Clock::time_point deadline) const;
     void fail(int error);
     void receiveLoop();
+    int gatherFrames();
     int waitForFrames();
     int receiveBatch(Batch &batch);
     bool handOn(const Batch &batch, int count);
+    void noticeRate(int count, qint64 stamp);
     void noticeDrops(quint32 total);
+    void noticeTick();
+    void tick(bool on);
 
     CanChannelListener &m_listener;
     FileDescriptor m_socket;
-    FileDescriptor m_wake;                // once written to, whoever waits gives up
+    FileDescriptor m_wake; // once written to, whoever waits gives up
+    FileDescriptor m_timer;
     mutable std::shared_mutex m_useMutex; // shared: the descriptors are in use by a sender
     std::thread m_receiver;
     std::atomic<std::thread::id> m_receiverId{std::thread::id()};
@@ -82,6 +91,10 @@ private:
     std::atomic<bool> m_stopping{false};
     std::atomic<bool> m_stalled{false};
     std::atomic<int> m_failure{0}; // the system's number, met in sending
-    bool m_awaitsQuiet = false;
+    // Of the receive thread.
+    bool m_ticks = false;
+    bool m_cameSinceTick = false;
+    bool m_isBusy = false;
+    qint64 m_lastStamp = 0; // ns since 1970
     quint32 m_dropped = 0;
 };
