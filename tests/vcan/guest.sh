@@ -49,7 +49,7 @@ for module in net/can/can net/can/can-raw drivers/net/can/dev/can-dev drivers/ne
 done
 ip link set lo up
 for link in vcan0 vcan1; do
-    ip link add dev $link type vcan && ip link set $link mtu 72 && ip link set $link up || die "no $link"
+    { ip link add dev $link type vcan && ip link set $link mtu 72 && ip link set $link up; } || die "no $link"
 done
 
 mapfile -d '' -t command <"$run/command"
@@ -57,6 +57,7 @@ mapfile -d '' -t variables <"$run/variables"
 user=$(<"$run/user")
 as_user=()
 [ "$user" = 0 ] || as_user=(setpriv --reuid "$user" --regid "$user" --clear-groups)
+# shellcheck disable=SC2016 # the inner shell expands these
 env -i "${variables[@]}" setsid chroot $root "${as_user[@]}" \
     /bin/bash -c 'cd "$1" || exit 126; shift; exec "$@"' vcan-run "$(<"$run/directory")" "${command[@]}" \
     </dev/null >/dev/tty1 2>/dev/tty2

@@ -56,10 +56,10 @@ machine=
 # The kernel makes itself a session of its own. So it is asked through timeout first, then its whole group is ended.
 stop_machine()
 {
-    local session i
+    local session
     session=$(cat "$run/uml/machine/pid" 2>/dev/null)
     kill -TERM "$machine" 2>/dev/null
-    for i in 1 2 3 4 5 6 7 8 9 10; do
+    for _ in 1 2 3 4 5 6 7 8 9 10; do
         kill -0 "$machine" 2>/dev/null || break
         sleep 0.2
     done
@@ -68,6 +68,7 @@ stop_machine()
     machine=
 }
 
+# shellcheck disable=SC2317 # called by the traps
 clean_up()
 {
     [ -z "$machine" ] || stop_machine
@@ -88,7 +89,7 @@ printf '%s\0' PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin 
     "${variables[@]}" >"$run/variables"
 printf '%s' "$PWD" >"$run/directory"
 printf '%s' "$user" >"$run/user"
-cp "$here/guest.sh" "$run/init" && chmod 755 "$run" "$run/init" || fail "cannot write to $run"
+{ cp "$here/guest.sh" "$run/init" && chmod 755 "$run" "$run/init"; } || fail "cannot write to $run"
 
 # A system call of the machine is a switch between two processes of this computer: it costs 14 us where both share a
 # processor, and 70 us where they do not. Runs that go on together take different ones.
