@@ -30,8 +30,8 @@ bool LinkTable::apply(const LinkNotice &notice)
     return changed;
 }
 
-LinkWatcher::LinkWatcher(std::function<void()> changed)
-    : m_changed(std::move(changed))
+LinkWatcher::LinkWatcher(void (*changed)())
+    : m_changed(changed)
     , m_stop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (!m_notices.isValid() || !m_stop.isValid())

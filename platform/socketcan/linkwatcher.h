@@ -3,7 +3,6 @@
 #include "filedescriptor.h"
 #include "rtnetlink.h"
 
-#include <functional>
 #include <map>
 #include <thread>
 
@@ -36,7 +35,7 @@ private:
 class LinkWatcher
 {
 public:
-    explicit LinkWatcher(std::function<void()> changed);
+    explicit LinkWatcher(void (*changed)());
     /// Waits for a call that is just running.
     ~LinkWatcher();
 
@@ -44,7 +43,7 @@ private:
     void run();
     bool takeNotices();
 
-    const std::function<void()> m_changed;
+    void (*const m_changed)();
     FileDescriptor m_stop;
     LinkNotices m_notices;
     LinkTable m_table;

@@ -58,6 +58,7 @@ std::vector<LinkProperties> readCanLinks()
         || receive(socket.get(), answers) < 0)
         return {};
     std::vector<LinkProperties> links;
+    links.reserve(answers.size());
     for (const LinkNotice &answer : answers)
         links.push_back(answer.link);
     return links;
