@@ -124,3 +124,18 @@ QByteArray logMessageLine(const CAN::CanRxMessage &message)
     line.add('\n');
     return line.toByteArray();
 }
+
+QByteArray logStopIdentifierLine(quint32 id)
+{
+    return QStringLiteral("# Stop CAN ID (0x%1) detected\n").arg(id, 3, hexadecimal, QLatin1Char('0')).toLatin1();
+}
+
+QByteArray logStopMessageLine()
+{
+    return QByteArrayLiteral("# Stop CAN Message detected\n");
+}
+
+QByteArray logConnectionLostLine()
+{
+    return QByteArrayLiteral("CAN connection lost\n");
+}

@@ -12,3 +12,11 @@ QByteArray logHeaderLine();
 ///
 /// Any record makes a line. The length stands there as it is; of a payload no more than 64 bytes do.
 QByteArray logMessageLine(const CAN::CanRxMessage &message);
+
+// What a log says of itself. A replay passes these lines over.
+
+/// Logging ended with a frame of this identifier, which stands in the line above.
+QByteArray logStopIdentifierLine(quint32 id);
+/// Logging ended with the frame in the line above.
+QByteArray logStopMessageLine();
+QByteArray logConnectionLostLine();

@@ -23,6 +23,9 @@ private slots:
     void eachFlagHasItsBit_data();
     void eachFlagHasItsBit();
     void anyRecordMakesTheLineOfThePlainWay();
+    void stopIdentifierIsNamed_data();
+    void stopIdentifierIsNamed();
+    void endsAreTold();
 };
 
 namespace {
@@ -154,6 +157,28 @@ void TestLogLine::anyRecordMakesTheLineOfThePlainWay()
         record.message.rtr = random.flip();
         QCOMPARE(logMessageLine(record), PlainLogText::messageLine(record));
     }
+}
+
+void TestLogLine::stopIdentifierIsNamed_data()
+{
+    QTest::addColumn<quint32>("id");
+    QTest::addColumn<QByteArray>("line");
+
+    QTest::newRow("short") << 0x5U << QByteArray("# Stop CAN ID (0x005) detected\n");
+    QTest::newRow("standard") << 0x7ABU << QByteArray("# Stop CAN ID (0x7ab) detected\n");
+    QTest::newRow("extended") << 0x1FFFFFFFU << QByteArray("# Stop CAN ID (0x1fffffff) detected\n");
+}
+
+void TestLogLine::stopIdentifierIsNamed()
+{
+    QFETCH(quint32, id);
+    QTEST(logStopIdentifierLine(id), "line");
+}
+
+void TestLogLine::endsAreTold()
+{
+    QCOMPARE(logStopMessageLine(), QByteArray("# Stop CAN Message detected\n"));
+    QCOMPARE(logConnectionLostLine(), QByteArray("CAN connection lost\n"));
 }
 
 QTEST_APPLESS_MAIN(TestLogLine)
