@@ -15,6 +15,7 @@
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 
 /// A frame as it comes from a bus.
@@ -99,6 +100,13 @@ public:
             receive(id);
     }
 
+    /// Waits until the window has looked at clock and file size so many times more.
+    bool waitForPolls(int polls) const
+    {
+        const QSignalSpy spy(window->findChild<QTimer *>({}, Qt::FindDirectChildrenOnly), &QTimer::timeout);
+        return QTest::qWaitFor([&] { return spy.count() >= polls; });
+    }
+
     // ---- What the user sees.
 
     bool isLogging() const { return find<QAbstractButton>("btnStop")->isEnabled(); }
@@ -131,3 +139,6 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+
+using LoggerAction = std::function<void(LoggerForm &)>;
+Q_DECLARE_METATYPE(LoggerAction)
