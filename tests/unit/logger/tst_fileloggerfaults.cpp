@@ -1,0 +1,226 @@
+#include "debuglines.h"
+#include "loggerform.h"
+#include "messageboxes.h"
+
+class TestFileLoggerFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void unusablePathIsTold_data();
+    void unusablePathIsTold();
+    void failedStartChangesNothing();
+    void triggersPutUpOneBoxAtATime();
+    void windowMayDieUnderTheBox();
+    void linesThatAreNotTakenCountAllTheSame();
+    void commentThatIsNotTakenStopsAllTheSame();
+    void deletedFileIsLoggedToItsEnd();
+    void vanishedFileObjectEndsTheLinesOnly();
+    void adapterMayVanishInTheMiddleOfALog();
+    void armedStartOutlivesTheScheduler();
+    void armedTimeStartsWithoutAConnection();
+};
+
+namespace {
+QStringList shownTexts(const MessageBoxes &boxes)
+{
+    QStringList texts;
+    for (const MessageBoxes::Box &box : boxes.shown)
+        texts.append(box.text);
+    return texts;
+}
+
+void logToFullDevice(LoggerForm &form)
+{
+    form.setPath(QStringLiteral("/dev/full"));
+    form.click("btnStart");
+}
+} // namespace
+
+void TestFileLoggerFaults::init()
+{
+    LoggerForm::forgetSettings();
+}
+
+void TestFileLoggerFaults::unusablePathIsTold_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("warning");
+    QTest::newRow("in a missing folder") << QStringLiteral("/nowhere/at/all.txt") << QByteArray();
+    QTest::newRow("a folder") << QStringLiteral("/tmp") << QByteArray();
+    QTest::newRow("a placeholder") << QStringLiteral("/nowhere/%1") << QByteArray();
+    QTest::newRow("none") << QString() << QByteArray("QFSFileEngine::open: No file name specified");
+}
+
+void TestFileLoggerFaults::unusablePathIsTold()
+{
+    QFETCH(QString, path);
+    QFETCH(QByteArray, warning);
+    LoggerForm form;
+    const MessageBoxes boxes;
+    form.setPath(path);
+    if (!warning.isEmpty())
+        QTest::ignoreMessage(QtWarningMsg, warning.constData());
+    form.click("btnStart");
+    QCOMPARE(boxes.shown.size(), 1);
+    const MessageBoxes::Box &box = boxes.shown.first();
+    QCOMPARE(box.text, QStringLiteral("File '") + path + QStringLiteral("' cannot be opened for logging."));
+    QCOMPARE(box.informativeText, QString());
+    QCOMPARE(box.title, QStringLiteral("Falcon"));
+    QCOMPARE(box.icon, QMessageBox::Critical);
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QVERIFY(!form.isLogging());
+}
+
+void TestFileLoggerFaults::failedStartChangesNothing()
+{
+    LoggerForm form;
+    const MessageBoxes boxes;
+    form.setPath(QStringLiteral("/nowhere/at/all.txt"));
+    form.armStartByIds(QStringLiteral("1"));
+    form.receive(1);
+    QCOMPARE(boxes.shown.size(), 1);
+    QVERIFY(form.isEnabled("btnStart"));
+    QVERIFY(form.isEnabled("edtFilePath"));
+    QCOMPARE(form.text("btnStartTriggers"), QStringLiteral("Deactivate Start Triggers"));
+    QCOMPARE(form.statusText(), QStringLiteral("Wait for start trigger event"));
+    form.setPath(form.path());
+    form.receive(1);
+    QVERIFY(form.isLogging());
+}
+
+void TestFileLoggerFaults::triggersPutUpOneBoxAtATime()
+{
+    LoggerForm form;
+    MessageBoxes boxes;
+    boxes.whileShown = [&form] { form.receive({1, 1, 1}); };
+    form.setPath(QStringLiteral("/nowhere/at/all.txt"));
+    form.armStartByIds(QStringLiteral("1"));
+    form.receive(1);
+    QCOMPARE(shownTexts(boxes).size(), 1);
+}
+
+void TestFileLoggerFaults::windowMayDieUnderTheBox()
+{
+    LoggerForm form;
+    MessageBoxes boxes;
+    boxes.whileShown = [&form] { form.window.reset(); };
+    form.setPath(QStringLiteral("/nowhere/at/all.txt"));
+    form.armStartByIds(QStringLiteral("1"));
+    form.receive(1);
+    QCOMPARE(boxes.shown.size(), 1);
+    QVERIFY(!form.window);
+}
+
+void TestFileLoggerFaults::linesThatAreNotTakenCountAllTheSame()
+{
+    LoggerForm form;
+    logToFullDevice(form);
+    const DebugLines debug;
+    for (int i = 0; i < 1000; ++i)
+        form.receive(1);
+    QCOMPARE(form.countText(), QStringLiteral("1000"));
+    QVERIFY(form.isLogging());
+    QVERIFY(!DebugLines::texts().isEmpty());
+    const QString line = DebugLines::texts().last();
+    QVERIFY2(line.contains(QLatin1String("FileLoggerWindow::addNewMessage(")), qPrintable(line));
+    QVERIFY2(line.endsWith(QLatin1String(" write failed: \"No space left on device\"")), qPrintable(line));
+}
+
+void TestFileLoggerFaults::commentThatIsNotTakenStopsAllTheSame()
+{
+    LoggerForm form;
+    form.armStopByIds(QStringLiteral("5"));
+    logToFullDevice(form);
+    {
+        const DebugLines debug;
+        while (DebugLines::texts().filter(QStringLiteral("write failed:")).isEmpty())
+            form.receive(1);
+        DebugLines::texts().clear();
+        form.receive(5);
+        const QString line = DebugLines::texts().last();
+        QVERIFY2(line.contains(QLatin1String("FileLoggerWindow::checkStopTriggerCANIDs(")), qPrintable(line));
+        QVERIFY2(line.contains(QLatin1String("write failed:")), qPrintable(line));
+    }
+    QVERIFY(!form.isLogging());
+}
+
+void TestFileLoggerFaults::deletedFileIsLoggedToItsEnd()
+{
+    LoggerForm form;
+    form.tick("gbStopTriggersFileSize");
+    form.armStopByCount(3);
+    form.click("btnStart");
+    form.receive(1);
+    QVERIFY(QFile::remove(form.path()));
+    QVERIFY(form.waitForPolls(1));
+    form.receive(2);
+    QVERIFY(form.isLogging());
+    form.receive(3);
+    QVERIFY(!form.isLogging());
+    QCOMPARE(form.countText(), QStringLiteral("3"));
+    QVERIFY(!QFile::exists(form.path()));
+}
+
+void TestFileLoggerFaults::vanishedFileObjectEndsTheLinesOnly()
+{
+    LoggerForm form;
+    form.tick("gbStopTriggersFileSize");
+    form.setNumber("spFileSize", 0);
+    form.armStopByIds(QStringLiteral("5"));
+    form.click("btnStart");
+    form.receive(1);
+    delete form.window->findChild<QFile *>();
+    QVERIFY(form.waitForPolls(1));
+    form.receive(2);
+    QCOMPARE(form.countText(), QStringLiteral("1"));
+    QVERIFY(form.isLogging());
+    form.receive(5);
+    QVERIFY(!form.isLogging());
+    QCOMPARE(form.log(), QStringLiteral("001"));
+}
+
+void TestFileLoggerFaults::adapterMayVanishInTheMiddleOfALog()
+{
+    LoggerForm form;
+    auto adapter = std::make_unique<FakeAdapter>();
+    CanScheduler scheduler(adapter.get());
+    form.window->canSchedulerChanged(&scheduler);
+    form.click("btnStart");
+    adapter->receive(received(1));
+    adapter.reset();
+    QVERIFY(form.isLogging());
+    form.connectBus();
+    form.receive(2);
+    form.window->canSchedulerChanged(nullptr);
+    QCOMPARE(form.log(), QStringLiteral("001 002 CAN connection lost"));
+}
+
+void TestFileLoggerFaults::armedStartOutlivesTheScheduler()
+{
+    LoggerForm form;
+    form.armStartByIds(QStringLiteral("1"));
+    form.window->canSchedulerChanged(nullptr);
+    QCOMPARE(form.content(), QByteArray("no file"));
+    QCOMPARE(form.statusText(), QStringLiteral("<font color=\"red\"><b>Disconnected</b></font>"));
+    form.connectBus();
+    form.receive({1, 2});
+    form.click("btnStop");
+    QCOMPARE(form.log(), QStringLiteral("002"));
+}
+
+void TestFileLoggerFaults::armedTimeStartsWithoutAConnection()
+{
+    LoggerForm form;
+    form.tick("gbStartTriggersTime");
+    form.setTime("dateStart", QDateTime(QDate(2020, 1, 1), QTime(0, 0)));
+    form.click("btnStartTriggers");
+    form.window->canSchedulerChanged(nullptr);
+    QVERIFY(form.waitForPolls(1));
+    QVERIFY(form.isLogging());
+}
+
+QTEST_MAIN(TestFileLoggerFaults)
+#include "tst_fileloggerfaults.moc"
