@@ -16,9 +16,9 @@
 namespace {
 constexpr int pollInterval = 333; // ms
 
-constexpr QLatin1String settingsGroup("FileLoggerSettings");
-constexpr QLatin1String startMessageKey("StartMessage");
-constexpr QLatin1String stopMessageKey("StopMessage");
+const QLatin1String settingsGroup("FileLoggerSettings");
+const QLatin1String startMessageKey("StartMessage");
+const QLatin1String stopMessageKey("StopMessage");
 
 void restoreMessage(QLatin1String key, CANRAW::CanRawCompareMessage &message)
 {
@@ -116,11 +116,8 @@ bool FileLoggerWindow::askForMessage(CANRAW::CanRawCompareMessage &message)
 
 void FileLoggerWindow::on_btnFileSelect_clicked()
 {
-    const QPointer<FileLoggerWindow> self(this);
     const QString path = QFileDialog::getSaveFileName(this, tr("Select file to log CAN messages"),
                                                       ui->edtFilePath->text(), tr("Files (*.txt)"));
-    if (!self)
-        return;
     ui->edtFilePath->setText(path);
     QSettings settings(QCoreApplication::organizationName(), QCoreApplication::applicationName());
     settings.beginGroup(QStringLiteral("CANFileLoogger"));

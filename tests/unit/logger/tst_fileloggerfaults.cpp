@@ -14,6 +14,7 @@ private slots:
     void failedStartChangesNothing();
     void triggersPutUpOneBoxAtATime();
     void windowMayDieUnderTheBox();
+    void windowMayDieUnderTheComposer();
     void linesThatAreNotTakenCountAllTheSame();
     void commentThatIsNotTakenStopsAllTheSame();
     void deletedFileIsLoggedToItsEnd();
@@ -111,6 +112,14 @@ void TestFileLoggerFaults::windowMayDieUnderTheBox()
     form.armStartByIds(QStringLiteral("1"));
     form.receive(1);
     QCOMPARE(boxes.shown.size(), 1);
+    QVERIFY(!form.window);
+}
+
+void TestFileLoggerFaults::windowMayDieUnderTheComposer()
+{
+    LoggerForm form;
+    QTimer::singleShot(0, qApp, [&form] { form.window.reset(); });
+    form.window->on_btn_buildCanMessage_clicked();
     QVERIFY(!form.window);
 }
 
