@@ -105,9 +105,9 @@ private:
     std::unique_ptr<Ui_FileLoggerWindow> ui;
     bool startTriggerArmed = false;
     bool stopTriggerArmed = false;
-    QPointer<QFile> outputFile; ///< stays after the end of a log, closed
-    CANRAW::CanRawCompareMessage startMessage;
-    CANRAW::CanRawCompareMessage stopMessage;
+    QPointer<QFile> outputFile;                       ///< stays after the end of a log, closed
+    CANRAW::CanRawCompareMessage startMessage{false}; ///< matches nothing until it is composed
+    CANRAW::CanRawCompareMessage stopMessage{false};  ///< the same
     QPointer<CANopenMessageBuilderDialog> messageBuilder;
     QPointer<CanScheduler> scheduler;
     QPointer<QLabel> statusLabel;

@@ -16,7 +16,8 @@ private slots:
     void composedMessagesReturn();
     void formIsSaved_data();
     void formIsSaved();
-    void missingMessageAsksForIdentifierZero();
+    void messageThatWasNeverComposedMatchesNothing_data();
+    void messageThatWasNeverComposedMatchesNothing();
     void damagedMessageIsHarmless_data();
     void damagedMessageIsHarmless();
     void armedTriggersDoNotReturn();
@@ -148,19 +149,32 @@ void TestFileLoggerSettings::formIsSaved()
     QCOMPARE(saved("edtStartIds"), QVariant());
     action(form);
     QCOMPARE(saved("edtStartIds").toString(), QStringLiteral("0x77"));
-    QCOMPARE(saved("StartMessage").toByteArray(), CANRAW::CanRawCompareMessage().toByteArray());
-    QCOMPARE(saved("StopMessage").toByteArray(), CANRAW::CanRawCompareMessage().toByteArray());
+    QCOMPARE(saved("StartMessage").toByteArray(), CANRAW::CanRawCompareMessage(false).toByteArray());
+    QCOMPARE(saved("StopMessage").toByteArray(), CANRAW::CanRawCompareMessage(false).toByteArray());
 }
 
-void TestFileLoggerSettings::missingMessageAsksForIdentifierZero()
+void TestFileLoggerSettings::messageThatWasNeverComposedMatchesNothing_data()
 {
+    QTest::addColumn<QByteArray>("box");
+    QTest::addColumn<QByteArray>("button");
+    QTest::addColumn<bool>("logs");
+    QTest::newRow("to start") << QByteArray("gbStartTriggersCANMessage") << QByteArray("btnStartTriggers") << false;
+    QTest::newRow("to stop") << QByteArray("gbStopTriggersCANMessage") << QByteArray("btnStopTriggers") << true;
+}
+
+void TestFileLoggerSettings::messageThatWasNeverComposedMatchesNothing()
+{
+    QFETCH(QByteArray, box);
+    QFETCH(QByteArray, button);
+    QFETCH(bool, logs);
     LoggerForm form;
-    form.tick("gbStartTriggersCANMessage");
-    form.click("btnStartTriggers");
-    form.receive(1);
-    QVERIFY(!form.isLogging());
-    form.receive(0);
-    QVERIFY(form.isLogging());
+    form.tick(box.constData());
+    form.click(button.constData());
+    if (logs)
+        form.click("btnStart");
+    form.receive({0, 1});
+    form.receive(0, QByteArray(8, '\0'));
+    QCOMPARE(form.isLogging(), logs);
 }
 
 void TestFileLoggerSettings::damagedMessageIsHarmless_data()
