@@ -11,6 +11,18 @@
 
 #include <QCoreApplication>
 
+#include <sys/stat.h>
+
+namespace {
+/// A pipe lets nobody in, and so blocks the user interface, until there is a reader; and again when that is slow.
+bool waitsForReader(const QString &path)
+{
+    struct stat status = {};
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0
+        && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+} // namespace
+
 QByteArray FileLoggerWindow::message2Str(CAN::CanRxMessage *message) const
 {
     return logMessageLine(*message);
@@ -19,20 +31,24 @@ QByteArray FileLoggerWindow::message2Str(CAN::CanRxMessage *message) const
 bool FileLoggerWindow::createOutputFile()
 {
     // While the user reads why there is no log, frames and the clock go on to fire triggers.
-    if (findChild<QMessageBox *>({}, Qt::FindDirectChildrenOnly) != nullptr)
+    if (tellingFailure)
         return false;
     const QString path = ui->edtFilePath->text();
     delete outputFile;
     outputFile = new QFile(path, this);
-    if (outputFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    if (!waitsForReader(path) && outputFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         outputFile->write(logHeaderLine());
         return true;
     }
     // The window, and the file with it, may die while the box is up.
+    const QPointer<FileLoggerWindow> self(this);
     const QPointer<QFile> unusable = outputFile;
+    tellingFailure = true;
     GuiHelper::showMessageBox(this, QCoreApplication::applicationName(),
                               tr("File '%1' cannot be opened for logging.").arg(path), {}, QMessageBox::Ok,
                               QMessageBox::Critical);
+    if (self)
+        tellingFailure = false;
     delete unusable;
     return false;
 }

@@ -119,4 +119,5 @@ private:
     bool logging = false;
     const std::unique_ptr<IdentifierSet> filterIds; ///< empty: all
     bool stopTimeValid = false;
+    bool tellingFailure = false; ///< that the file cannot be opened, in a box that is up
 };

@@ -2,6 +2,8 @@
 #include "loggerform.h"
 #include "messageboxes.h"
 
+#include <sys/stat.h>
+
 class TestFileLoggerFaults : public QObject
 {
     Q_OBJECT
@@ -11,8 +13,12 @@ private slots:
 
     void unusablePathIsTold_data();
     void unusablePathIsTold();
+    void pipeIsToldWithoutWaitingForAReader_data();
+    void pipeIsToldWithoutWaitingForAReader();
+    void socketIsTold();
     void failedStartChangesNothing();
     void triggersPutUpOneBoxAtATime();
+    void boxOfTheApplicationStopsNoLog();
     void windowMayDieUnderTheBox();
     void windowMayDieUnderTheComposer();
     void linesThatAreNotTakenCountAllTheSame();
@@ -75,6 +81,42 @@ void TestFileLoggerFaults::unusablePathIsTold()
     QVERIFY(!form.isLogging());
 }
 
+void TestFileLoggerFaults::pipeIsToldWithoutWaitingForAReader_data()
+{
+    QTest::addColumn<bool>("byLink");
+    QTest::newRow("by its name") << false;
+    QTest::newRow("by a link") << true;
+}
+
+void TestFileLoggerFaults::pipeIsToldWithoutWaitingForAReader()
+{
+    QFETCH(bool, byLink);
+    LoggerForm form;
+    const MessageBoxes boxes;
+    const QString pipe = form.path(QStringLiteral("pipe"));
+    const QString link = form.path(QStringLiteral("link"));
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QVERIFY(QFile::link(pipe, link));
+    const QString path = byLink ? link : pipe;
+    form.setPath(path);
+    form.click("btnStart");
+    QCOMPARE(shownTexts(boxes),
+             QStringList{QStringLiteral("File '") + path + QStringLiteral("' cannot be opened for logging.")});
+    QVERIFY(!form.isLogging());
+}
+
+void TestFileLoggerFaults::socketIsTold()
+{
+    LoggerForm form;
+    const MessageBoxes boxes;
+    const QString path = form.path(QStringLiteral("socket"));
+    QCOMPARE(::mknod(QFile::encodeName(path).constData(), S_IFSOCK | 0600, 0), 0);
+    form.setPath(path);
+    form.click("btnStart");
+    QCOMPARE(boxes.shown.size(), 1);
+    QVERIFY(!form.isLogging());
+}
+
 void TestFileLoggerFaults::failedStartChangesNothing()
 {
     LoggerForm form;
@@ -101,6 +143,16 @@ void TestFileLoggerFaults::triggersPutUpOneBoxAtATime()
     form.armStartByIds(QStringLiteral("1"));
     form.receive(1);
     QCOMPARE(shownTexts(boxes).size(), 1);
+}
+
+void TestFileLoggerFaults::boxOfTheApplicationStopsNoLog()
+{
+    LoggerForm form;
+    QMessageBox box(form.window.get());
+    box.setModal(false);
+    box.show();
+    form.click("btnStart");
+    QVERIFY(form.isLogging());
 }
 
 void TestFileLoggerFaults::windowMayDieUnderTheBox()
