@@ -15,14 +15,25 @@ std::optional<int> number(const QString &text)
     return ok ? std::optional(value) : std::nullopt;
 }
 
-std::optional<IdentifierSet::Range> filterRange(const QString &part)
+void appendRange(int first, int last, QVector<IdentifierSet::Range> &ranges)
 {
-    if (!part.contains(QLatin1Char('-'))) {
-        const std::optional<int> id = number(part);
-        return id ? std::optional(IdentifierSet::Range{quint32(*id), quint32(*id)}) : std::nullopt;
+    // As identifiers, the negative numbers lie behind the others.
+    if (first < 0 && last >= 0) {
+        ranges.append({quint32(first), quint32(-1)});
+        ranges.append({0, quint32(last)});
+    } else if (first <= last) {
+        ranges.append({quint32(first), quint32(last)});
     }
-    const QStringList ends = part.split(QLatin1Char('-'));
-    return IdentifierSet::Range{quint32(number(ends.first()).value_or(0)), quint32(number(ends.last()).value_or(0))};
+}
+
+void appendFilterPart(const QString &part, QVector<IdentifierSet::Range> &ranges)
+{
+    if (part.contains(QLatin1Char('-'))) {
+        const QStringList ends = part.split(QLatin1Char('-'));
+        appendRange(number(ends.first()).value_or(0), number(ends.last()).value_or(0), ranges);
+    } else if (const std::optional<int> id = number(part)) {
+        appendRange(*id, *id, ranges);
+    }
 }
 } // namespace
 
@@ -42,9 +53,7 @@ IdentifierSet filteredIdentifiers(const QString &text)
     static const QRegularExpression separator(QStringLiteral(R"(\;|\n|\,)"));
     QVector<IdentifierSet::Range> ranges;
     const QStringList parts = text.split(separator);
-    for (const QString &part : parts) {
-        if (const auto range = filterRange(part))
-            ranges.append(*range);
-    }
+    for (const QString &part : parts)
+        appendFilterPart(part, ranges);
     return IdentifierSet(ranges);
 }

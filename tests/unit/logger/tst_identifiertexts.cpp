@@ -11,6 +11,8 @@ private slots:
     void listHoldsWhatIsANumber();
     void filterLetsThrough_data();
     void filterLetsThrough();
+    void rangeIsOrderedByItsNumbers_data();
+    void rangeIsOrderedByItsNumbers();
     void filterOfAllIdentifiersIsOneRange_data();
     void filterOfAllIdentifiersIsOneRange();
 };
@@ -89,6 +91,28 @@ void TestIdentifierTexts::filterLetsThrough()
     }
     QCOMPARE(contained, ids);
     QCOMPARE(set.size(), quint64(ids.size()));
+}
+
+void TestIdentifierTexts::rangeIsOrderedByItsNumbers_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<Ids>("ids");
+    QTest::addColumn<quint64>("size");
+    QTest::newRow("down to a negative number") << QStringLiteral("1-") + minusSign + QLatin1Char('3') << Ids{} << 0ULL;
+    QTest::newRow("up from a negative number")
+        << minusSign + QStringLiteral("3-1") << Ids{0xFFFFFFFD, 0xFFFFFFFE, 0xFFFFFFFF, 0, 1} << 5ULL;
+    QTest::newRow("between negative numbers")
+        << minusSign + QStringLiteral("3-") + minusSign + QLatin1Char('2') << Ids{0xFFFFFFFD, 0xFFFFFFFE} << 2ULL;
+}
+
+void TestIdentifierTexts::rangeIsOrderedByItsNumbers()
+{
+    QFETCH(QString, text);
+    QFETCH(Ids, ids);
+    const IdentifierSet set = filteredIdentifiers(text);
+    for (const quint32 id : ids)
+        QVERIFY2(set.contains(id), qPrintable(QString::number(id, 16)));
+    QTEST(set.size(), "size");
 }
 
 void TestIdentifierTexts::filterOfAllIdentifiersIsOneRange_data()
