@@ -62,7 +62,7 @@ void FileLoggerWindow::canSchedulerChanged(CanScheduler *newScheduler)
     }
     if (!scheduler && logging && isWritable(outputFile)) {
         writeToLog(outputFile, logConnectionLostLine(), Q_FUNC_INFO);
-        outputFile->flush();
+        flushLog(outputFile, Q_FUNC_INFO);
         on_btnStop_clicked();
     }
     statusLabel->setTextFormat(Qt::RichText);
@@ -152,7 +152,7 @@ void FileLoggerWindow::on_btnStop_clicked()
     if (logging) {
         logging = false;
         if (outputFile) {
-            outputFile->flush();
+            flushLog(outputFile, Q_FUNC_INFO);
             outputFile->close();
         }
     }

@@ -22,8 +22,9 @@ class Ui_FileLoggerWindow;
 /// which identifiers are logged.
 ///
 /// An application keeps one window, shows and hides it, and calls canSchedulerChanged() when the connection changes. The
-/// window hides when it is closed, and stops logging; hide() alone does not. What the user entered is kept in the
-/// application's default settings, but for the check marks of the two time triggers: a time is for once.
+/// window hides when it is closed, and stops logging; hide() alone does not. Armed start triggers stay armed over a stop
+/// and a close, and start a log behind a hidden window, too. What the user entered is kept in the application's default
+/// settings, but for the check marks of the two time triggers: a time is for once.
 ///
 /// All functions belong to the GUI thread. Frames come from the adapter's thread; the window keeps as many of them as
 /// arrive while the GUI thread is busy. It owns neither scheduler nor adapter. No adapter may be delivering a frame while
@@ -40,26 +41,37 @@ public:
     /// @param message not null
     QByteArray message2Str(CAN::CanRxMessage *message) const;
     /// Opens the file at the entered path, overwriting what is there, and writes the line that names the columns. Gives
-    /// up an earlier file. On failure tells the user in a modal box.
+    /// up an earlier file. On failure tells the user in a modal box, and runs an event loop meanwhile.
+    /// @return whether there is a file to log to; false also for a pipe or socket, and while such a box is up
     bool createOutputFile();
 
+    /// Fills the form, and takes the composed messages, as writeSettings() left them. What was not stored stays.
     void readSettings();
+    /// Stores the form and the composed messages. Happens by itself when a log starts, on closing and on destruction.
     void writeSettings();
 
 public slots:
     /// Takes frames from the scheduler's adapter from now on. Without a scheduler, a running log ends with a line that
     /// says so.
-    /// @param scheduler may be null
-    void canSchedulerChanged(CanScheduler *scheduler);
-    /// Ends logging, and disarms the stop triggers. Harmless where nothing is logged.
+    /// @param newScheduler may be null
+    void canSchedulerChanged(CanScheduler *newScheduler);
+    /// Ends logging, and disarms the stop triggers but not the start triggers. Harmless where nothing is logged.
     void stopAction();
+    /// Lets the user compose the message that starts a log, in a modal dialog.
     void on_btn_buildCanMessage_clicked();
+    /// Lets the user compose the message that stops a log, in a modal dialog.
     void on_btn_buildCanStopMessage_clicked();
+    /// Lets the user select a path. To cancel the dialog clears it.
     void on_btnFileSelect_clicked();
+    /// Warns in the status bar when there is such a file.
     void on_edtFilePath_textChanged(const QString &path);
+    /// Ends logging as stopAction() does, and hides the window.
     void on_action_Stop_close_triggered();
+    /// Shows the time in the debug stream.
     void on_dateStart_dateTimeChanged(const QDateTime &dateTime);
+    /// Says on the form when the entered stop time has passed, and will be ignored.
     void on_dateStop_dateTimeChanged(const QDateTime &dateTime);
+    /// The same, for a stop time that is ticked.
     void on_gbStopTriggersTime_clicked(bool checked);
 
 signals:

@@ -17,3 +17,11 @@ inline void writeToLog(QFile *file, const QByteArray &line, const char *caller)
     if (isWritable(file) && file->write(line) == -1)
         qDebug() << caller << "write failed:" << file->errorString();
 }
+
+/// Brings to the disk what was written so far. A short log meets the full disk only here.
+/// @param caller signature of the function that flushes
+inline void flushLog(QFile *file, const char *caller)
+{
+    if (isWritable(file) && !file->flush())
+        qDebug() << caller << "write failed:" << file->errorString();
+}

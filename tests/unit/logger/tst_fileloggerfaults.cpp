@@ -1,6 +1,9 @@
+#include "composer.h"
 #include "debuglines.h"
 #include "loggerform.h"
 #include "messageboxes.h"
+
+#include <QRegularExpression>
 
 #include <sys/stat.h>
 
@@ -22,7 +25,10 @@ private slots:
     void windowMayDieUnderTheBox();
     void windowMayDieUnderTheComposer();
     void linesThatAreNotTakenCountAllTheSame();
-    void commentThatIsNotTakenStopsAllTheSame();
+    void lastLineThatIsNotTakenStopsAllTheSame_data();
+    void lastLineThatIsNotTakenStopsAllTheSame();
+    void shortLogThatIsNotTakenIsTold_data();
+    void shortLogThatIsNotTakenIsTold();
     void deletedFileIsLoggedToItsEnd();
     void vanishedFileObjectEndsTheLinesOnly();
     void adapterMayVanishInTheMiddleOfALog();
@@ -37,6 +43,20 @@ QStringList shownTexts(const MessageBoxes &boxes)
     for (const MessageBoxes::Box &box : boxes.shown)
         texts.append(box.text);
     return texts;
+}
+
+/// The functions of the window that told of a full disk in the debug stream, in their order.
+QStringList failedWriters()
+{
+    static const QRegularExpression told(
+        QStringLiteral("FileLoggerWindow::(\\w+)\\(.* write failed: \"No space left on device\"$"));
+    QStringList functions;
+    for (const QString &text : DebugLines::texts()) {
+        const QRegularExpressionMatch match = told.match(text);
+        if (match.hasMatch())
+            functions.append(match.captured(1));
+    }
+    return functions;
 }
 
 void logToFullDevice(LoggerForm &form)
@@ -190,21 +210,63 @@ void TestFileLoggerFaults::linesThatAreNotTakenCountAllTheSame()
     QVERIFY2(line.endsWith(QLatin1String(" write failed: \"No space left on device\"")), qPrintable(line));
 }
 
-void TestFileLoggerFaults::commentThatIsNotTakenStopsAllTheSame()
+void TestFileLoggerFaults::lastLineThatIsNotTakenStopsAllTheSame_data()
 {
+    QTest::addColumn<LoggerAction>("end");
+    QTest::addColumn<QStringList>("functions");
+    const LoggerAction receiveFive([](LoggerForm &form) { form.receive(5); });
+    const LoggerAction loseConnection([](LoggerForm &form) { form.window->canSchedulerChanged(nullptr); });
+    const QString lost = QStringLiteral("canSchedulerChanged");
+    const QString stop = QStringLiteral("on_btnStop_clicked");
+    QTest::newRow("identifier") << receiveFive << QStringList{QStringLiteral("checkStopTriggerCANIDs"), stop};
+    QTest::newRow("message") << receiveFive << QStringList{QStringLiteral("checkStopTriggerCANMessage"), stop};
+    QTest::newRow("connection") << loseConnection << QStringList{lost, lost, stop};
+}
+
+void TestFileLoggerFaults::lastLineThatIsNotTakenStopsAllTheSame()
+{
+    QFETCH(LoggerAction, end);
     LoggerForm form;
-    form.armStopByIds(QStringLiteral("5"));
+    form.tick("gbStopTriggersCANMessage");
+    compose(form, "btn_buildCanStopMessage", anyDataOf(5));
+    if (QTest::currentDataTag() == QByteArray("identifier"))
+        form.armStopByIds(QStringLiteral("5"));
+    else
+        form.click("btnStopTriggers");
     logToFullDevice(form);
-    {
-        const DebugLines debug;
-        while (DebugLines::texts().filter(QStringLiteral("write failed:")).isEmpty())
-            form.receive(1);
-        DebugLines::texts().clear();
-        form.receive(5);
-        const QString line = DebugLines::texts().last();
-        QVERIFY2(line.contains(QLatin1String("FileLoggerWindow::checkStopTriggerCANIDs(")), qPrintable(line));
-        QVERIFY2(line.contains(QLatin1String("write failed:")), qPrintable(line));
-    }
+    const DebugLines debug;
+    // Lines of this length leave no room in the buffer for the shortest last line.
+    while (failedWriters().isEmpty())
+        form.receive(1, QByteArray(3, '\1'));
+    DebugLines::texts().clear();
+    // The frame itself is not taken either.
+    end(form);
+    QStringList writers = failedWriters();
+    writers.removeAll(QStringLiteral("addNewMessage"));
+    QTEST(writers, "functions");
+    QVERIFY(!form.isLogging());
+}
+
+void TestFileLoggerFaults::shortLogThatIsNotTakenIsTold_data()
+{
+    QTest::addColumn<LoggerAction>("end");
+    QTest::addColumn<QStringList>("functions");
+    const QString lost = QStringLiteral("canSchedulerChanged");
+    const QString stop = QStringLiteral("on_btnStop_clicked");
+    QTest::newRow("at a stop") << LoggerAction([](LoggerForm &form) { form.click("btnStop"); }) << QStringList{stop};
+    QTest::newRow("when the connection is lost")
+        << LoggerAction([](LoggerForm &form) { form.window->canSchedulerChanged(nullptr); }) << QStringList{lost, stop};
+}
+
+void TestFileLoggerFaults::shortLogThatIsNotTakenIsTold()
+{
+    QFETCH(LoggerAction, end);
+    LoggerForm form;
+    logToFullDevice(form);
+    form.receive(1);
+    const DebugLines debug;
+    end(form);
+    QTEST(failedWriters(), "functions");
     QVERIFY(!form.isLogging());
 }
 
