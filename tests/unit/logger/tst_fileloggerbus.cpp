@@ -1,6 +1,8 @@
 #include "debuglines.h"
 #include "loggerform.h"
 
+#include <QTcpServer>
+
 class TestFileLoggerBus : public QObject
 {
     Q_OBJECT
@@ -12,11 +14,18 @@ private slots:
 namespace {
 using AdapterPtr = std::unique_ptr<AbstractCanAdapter>;
 
-AdapterPtr joinBus(const char *name)
+QString freePort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost, 0);
+    return QString::number(server.serverPort());
+}
+
+AdapterPtr joinBus(const char *name, const QString &port)
 {
     AdapterPtr adapter(
         CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, QString::fromLatin1(name)));
-    adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, QStringLiteral("45989"));
+    adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, port);
     if (adapter->open() == AbstractCanAdapter::OpenOk)
         adapter->setRunning(true);
     return adapter;
@@ -31,8 +40,9 @@ void TestFileLoggerBus::busIsLoggedFrameByFrame()
     constexpr quint32 stopId = 0x701;
     LoggerForm::forgetSettings();
     LoggerForm form;
-    const AdapterPtr sender = joinBus("Demo 1");
-    const AdapterPtr receiver = joinBus("Demo 2");
+    const QString port = freePort();
+    const AdapterPtr sender = joinBus("Demo 1", port);
+    const AdapterPtr receiver = joinBus("Demo 2", port);
     QVERIFY(sender->getRunning() && receiver->getRunning());
     CanScheduler scheduler(receiver.get());
     form.window->canSchedulerChanged(&scheduler);
