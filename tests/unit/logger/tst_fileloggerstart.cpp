@@ -28,6 +28,9 @@ private slots:
     void timeStartsBeforeTheIdentifier();
     void untickedConditionDoesNotStart();
     void startConditionsRestWhileLogging();
+    void startArmedWhileLoggingWaitsForTheStop();
+    void armedStartOutlastsAStop_data();
+    void armedStartOutlastsAStop();
     void changedTimeShowsInTheDebugStream();
 
 private:
@@ -244,6 +247,38 @@ void TestFileLoggerStart::startConditionsRestWhileLogging()
     m_form->receive({1, 1, 1});
     m_form->click("btnStop");
     QCOMPARE(m_form->log(), QStringLiteral("001 001"));
+}
+
+void TestFileLoggerStart::startArmedWhileLoggingWaitsForTheStop()
+{
+    m_form->click("btnStart");
+    m_form->armStartByIds(QStringLiteral("1"));
+    m_form->receive({1, 2});
+    QCOMPARE(m_form->countText(), QStringLiteral("2"));
+    QVERIFY(m_form->find<QAbstractButton>("btnStartTriggers")->isChecked());
+    m_form->click("btnStop");
+    QCOMPARE(m_form->log(), QStringLiteral("001 002"));
+    m_form->receive({1, 3});
+    m_form->click("btnStop");
+    QCOMPARE(m_form->log(), QStringLiteral("003"));
+}
+
+void TestFileLoggerStart::armedStartOutlastsAStop_data()
+{
+    QTest::addColumn<LoggerAction>("stop");
+    QTest::newRow("by the application") << LoggerAction([](LoggerForm &form) { form.window->stopAction(); });
+    QTest::newRow("by the close button") << LoggerAction([](LoggerForm &form) { form.window->close(); });
+}
+
+void TestFileLoggerStart::armedStartOutlastsAStop()
+{
+    QFETCH(LoggerAction, stop);
+    m_form->armStartByIds(QStringLiteral("1"));
+    stop(*m_form);
+    QVERIFY(m_form->find<QAbstractButton>("btnStartTriggers")->isChecked());
+    QVERIFY(!m_form->isLogging());
+    m_form->receive(1);
+    QVERIFY(m_form->isLogging());
 }
 
 void TestFileLoggerStart::changedTimeShowsInTheDebugStream()

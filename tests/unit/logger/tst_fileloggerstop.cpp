@@ -15,6 +15,8 @@ private slots:
     void identifiersShowInTheDebugStream();
     void composedMessageStops();
     void oneFrameStopsOnce();
+    void messageStopsBeforeTheCount();
+    void frameThatStopsMayStartTheNextLog();
     void countStops_data();
     void countStops();
     void framesThatAreFilteredOutStopToo();
@@ -24,15 +26,22 @@ private slots:
     void comingTimeStops();
     void pastTimeIsIgnored();
     void pastTimeIsForgottenWithItsTick();
+    void timeThatPassedBeforeArmingIsTold();
+    void timeThatPassedBeforeTheStartIsTold();
+    void timeTickedByProgramKeepsWhatWasKnown();
+    void stopConditionsRestWithoutALog_data();
     void stopConditionsRestWithoutALog();
     void stopConditionsRestUntilTheyAreArmed();
 
 private:
+    bool waitUntilPast(const char *edit) const;
+
     std::unique_ptr<LoggerForm> m_form;
 };
 
 namespace {
 constexpr int patience = 5000; // ms
+const QString timeIsIgnored = QStringLiteral("Stop time is in the past and will be ignored.");
 
 QDateTime past()
 {
@@ -44,6 +53,12 @@ QDateTime soon()
     return QDateTime::currentDateTime().addMSecs(500);
 }
 } // namespace
+
+bool TestFileLoggerStop::waitUntilPast(const char *edit) const
+{
+    const QDateTime time = m_form->find<QDateTimeEdit>(edit)->dateTime();
+    return QTest::qWaitFor([&time] { return QDateTime::currentDateTime() > time; });
+}
 
 void TestFileLoggerStop::init()
 {
@@ -117,6 +132,31 @@ void TestFileLoggerStop::oneFrameStopsOnce()
     m_form->click("btnStart");
     m_form->receive(5);
     QCOMPARE(m_form->log(), QStringLiteral("005 # Stop CAN ID (0x005) detected"));
+}
+
+void TestFileLoggerStop::messageStopsBeforeTheCount()
+{
+    m_form->tick("gbStopTriggersCANMessage");
+    compose(*m_form, "btn_buildCanStopMessage", anyDataOf(5));
+    m_form->armStopByCount(1);
+    m_form->click("btnStart");
+    m_form->receive(5);
+    QCOMPARE(m_form->log(), QStringLiteral("005 # Stop CAN Message detected"));
+}
+
+void TestFileLoggerStop::frameThatStopsMayStartTheNextLog()
+{
+    m_form->armStopByCount(1);
+    m_form->click("btnStart");
+    m_form->tick("gbStartTriggersCANIDs");
+    m_form->type("edtStartIds", QStringLiteral("5"));
+    m_form->click("btnStartTriggers");
+    m_form->receive(5);
+    QVERIFY(m_form->isLogging());
+    QCOMPARE(m_form->statusText(), QStringLiteral("Logging ..."));
+    m_form->receive(6);
+    m_form->click("btnStop");
+    QCOMPARE(m_form->log(), QStringLiteral("006"));
 }
 
 void TestFileLoggerStop::countStops_data()
@@ -202,10 +242,10 @@ void TestFileLoggerStop::pastTimeIsIgnored()
 {
     m_form->tick("gbStopTriggersTime");
     m_form->setTime("dateStop", past());
-    QCOMPARE(m_form->stopInfo(), QStringLiteral("Stop time is in the past and will be ignored."));
+    QCOMPARE(m_form->stopInfo(), timeIsIgnored);
     m_form->armStopByCount(2);
     m_form->click("btnStart");
-    QCOMPARE(m_form->stopInfo(), QStringLiteral("Stop time is in the past and will be ignored."));
+    QCOMPARE(m_form->stopInfo(), timeIsIgnored);
     m_form->receive(1);
     QVERIFY(m_form->waitForPolls(2));
     QVERIFY(m_form->isLogging());
@@ -222,10 +262,62 @@ void TestFileLoggerStop::pastTimeIsForgottenWithItsTick()
     QCOMPARE(m_form->stopInfo(), QString());
 }
 
+void TestFileLoggerStop::timeThatPassedBeforeArmingIsTold()
+{
+    m_form->tick("gbStopTriggersTime");
+    m_form->setTime("dateStop", soon());
+    QCOMPARE(m_form->stopInfo(), QString());
+    QVERIFY(waitUntilPast("dateStop"));
+    m_form->click("btnStopTriggers");
+    QCOMPARE(m_form->stopInfo(), timeIsIgnored);
+}
+
+void TestFileLoggerStop::timeThatPassedBeforeTheStartIsTold()
+{
+    m_form->tick("gbStopTriggersTime");
+    m_form->setTime("dateStop", soon());
+    m_form->click("btnStopTriggers");
+    QCOMPARE(m_form->stopInfo(), QString());
+    QVERIFY(waitUntilPast("dateStop"));
+    m_form->click("btnStart");
+    QCOMPARE(m_form->stopInfo(), timeIsIgnored);
+    QVERIFY(m_form->waitForPolls(2));
+    QVERIFY(m_form->isLogging());
+}
+
+void TestFileLoggerStop::timeTickedByProgramKeepsWhatWasKnown()
+{
+    m_form->tick("gbStopTriggersTime");
+    m_form->setTime("dateStop", soon());
+    m_form->tick("gbStopTriggersTime");
+    m_form->armStopByCount(100);
+    m_form->click("btnStart");
+    QVERIFY(waitUntilPast("dateStop"));
+    m_form->find<QGroupBox>("gbStopTriggersTime")->setChecked(true);
+    QTRY_VERIFY_WITH_TIMEOUT(!m_form->isLogging(), patience);
+}
+
+void TestFileLoggerStop::stopConditionsRestWithoutALog_data()
+{
+    QTest::addColumn<QByteArray>("box");
+    for (const char *box : {"gbStopTriggersTime", "gbStopTriggersCANIDs", "gbStopTriggersCANMessage",
+                            "gbStopTriggersCounter", "gbStopTriggersFileSize"})
+        QTest::newRow(box) << QByteArray(box);
+}
+
 void TestFileLoggerStop::stopConditionsRestWithoutALog()
 {
-    m_form->armStopByIds(QStringLiteral("5"));
+    QFETCH(QByteArray, box);
+    compose(*m_form, "btn_buildCanStopMessage", anyDataOf(5));
+    m_form->type("edtStartIds_2", QStringLiteral("5"));
+    m_form->setNumber("spCounter", 0);
+    m_form->setNumber("spFileSize", 0);
+    m_form->tick(box.constData());
+    m_form->setTime("dateStop", soon());
+    m_form->click("btnStopTriggers");
+    QVERIFY(waitUntilPast("dateStop"));
     m_form->receive(5);
+    QVERIFY(m_form->waitForPolls(2));
     QCOMPARE(m_form->text("btnStopTriggers"), QStringLiteral("Deactivate Stop Triggers"));
     QVERIFY(!m_form->isEnabled("gbStopTriggers"));
 }
