@@ -1,5 +1,6 @@
 #include "loggerform.h"
 
+#include <QIcon>
 #include <QMenu>
 #include <QPushButton>
 
@@ -24,6 +25,7 @@ private slots:
     void composedMessageIsForReadingOnly_data();
     void composedMessageIsForReadingOnly();
     void stopInformationIsCentred();
+    void startShowsTheRecordIconOfTheTheme();
     void nothingIsLoggedAtFirst();
     void statusBarShowsCountBesideState();
     void newWindowIsDisconnected();
@@ -34,6 +36,38 @@ private slots:
 private:
     std::unique_ptr<LoggerForm> m_form;
 };
+
+namespace {
+/// A folder of icon themes with one theme that has one icon.
+class IconTheme
+{
+public:
+    explicit IconTheme(const QString &icon)
+    {
+        QDir(m_folder.path()).mkpath(QStringLiteral("test/16x16"));
+        QFile index(m_folder.filePath(QStringLiteral("test/index.theme")));
+        if (index.open(QIODevice::WriteOnly))
+            index.write("[Icon Theme]\nName=test\nDirectories=16x16\n[16x16]\nSize=16\n");
+        QImage image(16, 16, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        image.save(m_folder.filePath(QStringLiteral("test/16x16/%1.png").arg(icon)));
+        QIcon::setThemeSearchPaths({m_folder.path()});
+        QIcon::setThemeName(QStringLiteral("test"));
+    }
+    ~IconTheme()
+    {
+        QIcon::setThemeName(m_nameBefore);
+        QIcon::setThemeSearchPaths(m_pathsBefore);
+    }
+
+private:
+    Q_DISABLE_COPY(IconTheme)
+
+    QTemporaryDir m_folder;
+    QString m_nameBefore = QIcon::themeName();
+    QStringList m_pathsBefore = QIcon::themeSearchPaths();
+};
+} // namespace
 
 void TestFileLoggerForm::init()
 {
@@ -176,6 +210,14 @@ void TestFileLoggerForm::composedMessageIsForReadingOnly()
 void TestFileLoggerForm::stopInformationIsCentred()
 {
     QCOMPARE(m_form->find<QLabel>("lblStopInfo")->alignment(), Qt::Alignment(Qt::AlignCenter));
+}
+
+void TestFileLoggerForm::startShowsTheRecordIconOfTheTheme()
+{
+    const QString icon = QStringLiteral("media-record");
+    const IconTheme theme(icon);
+    const LoggerForm form;
+    QCOMPARE(form.find<QAbstractButton>("btnStart")->icon().name(), icon);
 }
 
 void TestFileLoggerForm::nothingIsLoggedAtFirst()
