@@ -3,6 +3,7 @@
 
 #include "canopenchoices.h"
 
+#include <QApplication>
 #include <QHeaderView>
 
 #include <algorithm>
@@ -10,6 +11,10 @@
 namespace {
 constexpr int lastByteValue = 0xFF;
 constexpr int linePadding = 2; // pixels that a row keeps free around its text
+// Pixels of the table as the form has it.
+constexpr int usualRowHeight = 23;
+constexpr int usualColumnWidth = 50;
+constexpr int usualTableHeight = 50;
 
 QString hexText(quint32 number)
 {
@@ -28,6 +33,9 @@ CanMessageBuilder::CanMessageBuilder(QWidget *parent)
 {
     ui->setupUi(this);
     fitTableToFont();
+    // Behind the change of the widgets' own fonts.
+    connect(
+        qApp, &QGuiApplication::fontChanged, this, [this] { fitTableToFont(); }, Qt::QueuedConnection);
     fillEmcyMap();
     fillEmcyComboBox();
 }
@@ -156,13 +164,12 @@ void CanMessageBuilder::fitTableToFont()
     QHeaderView *rows = table->verticalHeader();
     QHeaderView *columns = table->horizontalHeader();
     const int frame = 2 * table->frameWidth();
-    const int usualHeight = rows->defaultSectionSize();
-    const int height = table->fontMetrics().height() + linePadding;
-    if (height > usualHeight) {
-        rows->setDefaultSectionSize(height);
-        columns->setDefaultSectionSize(columns->defaultSectionSize() * height / usualHeight);
-        columns->resizeSection(0, std::max(columns->defaultSectionSize(), columns->sectionSizeHint(0)));
-        table->setFixedHeight(columns->sizeHint().height() + height + frame);
-    }
+    const int height = std::max(usualRowHeight, table->fontMetrics().height() + linePadding);
+    const bool isLarge = height > usualRowHeight;
+    rows->setDefaultSectionSize(height);
+    columns->setDefaultSectionSize(usualColumnWidth * height / usualRowHeight);
+    columns->resizeSection(0, std::max(columns->defaultSectionSize(), isLarge ? columns->sectionSizeHint(0) : 0));
+    table->setMaximumHeight(isLarge ? columns->sizeHint().height() + height + frame : usualTableHeight);
+    table->setMinimumHeight(isLarge ? table->maximumHeight() : 0);
     table->setMinimumWidth(rows->sizeHint().width() + columns->length() + frame);
 }

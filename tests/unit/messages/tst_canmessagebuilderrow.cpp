@@ -16,6 +16,7 @@ private slots:
     void identifierHasRoomAtTheFontOfADesktop();
     void identifierTellsItsHeadingInATip();
     void rowGrowsWithTheFont();
+    void rowFollowsAChangeOfTheFont();
 
     void shorterMessageLeavesNothingOfALongerOne();
     void messageWithoutBytesHasOnlyItsIdentifier();
@@ -86,6 +87,19 @@ void TestCanMessageBuilderRow::rowGrowsWithTheFont()
     QVERIFY(m_form->table()->columnWidth(1) >= QFontMetrics(large).horizontalAdvance(QStringLiteral("0xff")));
     QVERIFY(m_form->table()->columnWidth(0) >= m_form->table()->horizontalHeader()->sectionSizeHint(0));
     QVERIFY(m_form->table()->viewport()->width() >= m_form->table()->horizontalHeader()->length());
+}
+
+void TestCanMessageBuilderRow::rowFollowsAChangeOfTheFont()
+{
+    const int usualHeight = m_form->table()->maximumHeight();
+    QFont large = m_usualFont;
+    large.setPointSizeF(2 * m_usualFont.pointSizeF());
+    QApplication::setFont(large);
+    QTRY_VERIFY(m_form->table()->rowHeight(0) >= QFontMetrics(large).height());
+    QVERIFY(m_form->table()->maximumHeight() > usualHeight);
+    QApplication::setFont(m_usualFont);
+    QTRY_COMPARE(m_form->table()->maximumHeight(), usualHeight);
+    QCOMPARE(m_form->table()->columnWidth(0), 50);
 }
 
 void TestCanMessageBuilderRow::shorterMessageLeavesNothingOfALongerOne()
