@@ -22,6 +22,19 @@ QVector<CAN::CanRxMessage> FrameProbe::kept(quint32 identifier) const
     return heard(identifier).kept;
 }
 
+void FrameProbe::record()
+{
+    const std::lock_guard lock(m_memory->mutex);
+    m_memory->recording.clear();
+    m_memory->records = true;
+}
+
+QVector<CAN::CanRxMessage> FrameProbe::recording() const
+{
+    const std::lock_guard lock(m_memory->mutex);
+    return m_memory->recording;
+}
+
 quint64 FrameProbe::count(quint32 identifier) const
 {
     return heard(identifier).count;
@@ -56,4 +69,6 @@ void FrameProbe::Memory::take(const CAN::CanRxMessage &frame)
     entry.last = message;
     if (entry.keeps)
         entry.kept.append(frame);
+    if (records)
+        recording.append(frame);
 }

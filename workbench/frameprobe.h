@@ -22,6 +22,11 @@ public:
     void keep(quint32 identifier);
     QVector<CAN::CanRxMessage> kept(quint32 identifier) const;
 
+    /// From now on every frame is recorded, behind none of an earlier recording. For moments: nothing bounds it.
+    void record();
+    /// What came in since record(), in that order.
+    QVector<CAN::CanRxMessage> recording() const;
+
     quint64 count(quint32 identifier) const;
     /// The last frame of the identifier; a default record if there was none.
     CAN::CanMessage last(quint32 identifier) const;
@@ -45,6 +50,8 @@ private:
         std::mutex mutex;
         std::map<quint32, Heard> heard;
         quint64 switchedFrames = 0;
+        bool records = false;
+        QVector<CAN::CanRxMessage> recording;
 
         void take(const CAN::CanRxMessage &frame);
     };

@@ -73,8 +73,10 @@ int runWorkbench(const CommandLine &line)
 {
     // A run without a screen is a check of the program: it neither needs nor touches what the user has set up.
     const QTemporaryDir ownSettings;
-    if (line.headless)
-        qputenv("XDG_DATA_HOME", QFile::encodeName(ownSettings.path()));
+    if (line.headless) {
+        for (const char *home : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+            qputenv(home, QFile::encodeName(ownSettings.path()));
+    }
     MainWindow window;
     window.demo()->setPort(line.port);
     window.useSettings();

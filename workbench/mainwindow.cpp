@@ -1,19 +1,23 @@
 #include "mainwindow.h"
 
 #include "appearance.h"
+#include "command.h"
 #include "demosession.h"
 #include "emptystate.h"
+#include "filelogging.h"
 #include "framecolumn.h"
 #include "framemarks.h"
 #include "frameview.h"
+#include "helpmenu.h"
 #include "icons.h"
 #include "identifiermodel.h"
 #include "interfacename.h"
-#include "kestrune.h"
 #include "markbar.h"
 #include "messagecommands.h"
+#include "recordmenu.h"
 #include "replaypanel.h"
 #include "statusline.h"
+#include "timemenu.h"
 #include "tracefilecommands.h"
 #include "tracearchive.h"
 #include "tracemodel.h"
@@ -22,13 +26,10 @@
 #include "transmitpanel.h"
 
 #include <QAction>
-#include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDockWidget>
-#include <QMap>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QToolBar>
@@ -59,6 +60,7 @@ MainWindow::MainWindow(QWidget *parent)
     , m_identifierModel(new IdentifierModel(m_session.trace(), this))
     , m_fileCommands(new TraceFileCommands(&m_files, statusBar(), this))
     , m_marks(new FrameMarks(this))
+    , m_logging(new FileLogging(&m_session, this))
     , m_demo(new DemoSession(&m_session, this))
     , m_statusLine(new StatusLine(statusBar()))
 {
@@ -70,7 +72,7 @@ MainWindow::MainWindow(QWidget *parent)
     buildTraceMenu();
     buildMessageMenu();
     buildViewMenu();
-    buildHelpMenu();
+    menuBar()->addMenu(new HelpMenu(this));
     buildToolBar();
     resize(usualSize);
 
@@ -98,8 +100,10 @@ MainWindow::MainWindow(QWidget *parent)
 
 MainWindow::~MainWindow()
 {
-    // A replay writes to adapters, which go with the session, before the widgets do.
+    // A replay writes to adapters, and a log is fed by them. They go with the session, before the widgets do.
+    m_session.disconnectAdapters();
     delete m_replayDock;
+    delete m_logging;
 }
 
 void MainWindow::connectAdapters()
@@ -166,18 +170,6 @@ void MainWindow::changeEvent(QEvent *event)
     // The counter of lost frames has a colour of its own, by the palette.
     if (event->type() == QEvent::PaletteChange)
         QMetaObject::invokeMethod(this, &MainWindow::refreshStatus, Qt::QueuedConnection);
-}
-
-QAction *MainWindow::addCommand(QMenu *menu, const QString &name, const QString &text, const QKeySequence &shortcut,
-                                const QString &toolTip)
-{
-    QAction *action = menu->addAction(text);
-    action->setObjectName(name);
-    action->setShortcut(shortcut);
-    action->setStatusTip(toolTip);
-    const QString keys = shortcut.toString(QKeySequence::NativeText);
-    action->setToolTip(keys.isEmpty() ? toolTip : tr("%1 (%2)", "explanation and key").arg(toolTip, keys));
-    return action;
 }
 
 void MainWindow::buildFileAndConnectionMenus()
@@ -268,27 +260,11 @@ void MainWindow::buildTraceMenu()
     trace->addAction(m_tracePage->followAction());
     trace->addSeparator();
 
-    QMenu *time = trace->addMenu(tr("&Time"));
-    auto *modes = new QActionGroup(this);
-    const QPair<TraceModel::TimeMode, QString> entries[] = {
-        {TraceModel::SinceStart, tr("Since the &first frame")},
-        {TraceModel::SincePrevious, tr("Since the frame &before")},
-        {TraceModel::TimeOfDay, tr("Time of &day")},
-    };
-    for (const auto &entry : entries) {
-        QAction *action = time->addAction(entry.second);
-        action->setCheckable(true);
-        action->setChecked(entry.first == m_traceModel->timeMode());
-        modes->addAction(action);
-        connect(action, &QAction::triggered, m_traceModel,
-                [this, mode = entry.first] { m_traceModel->setTimeMode(mode); });
-    }
+    trace->addMenu(new TimeMenu(m_traceModel, this));
     trace->addSeparator();
     buildMarkCommands(trace);
     trace->addSeparator();
-    m_recordMenu = trace->addMenu(tr("&Record from"));
-    m_recordMenu->setToolTipsVisible(true);
-    connect(m_recordMenu, &QMenu::aboutToShow, this, &MainWindow::fillRecordMenu);
+    trace->addMenu(new RecordMenu(&m_session, this));
 }
 
 void MainWindow::buildMarkCommands(QMenu *menu)
@@ -329,6 +305,10 @@ void MainWindow::buildMessageMenu()
         m_messageCommands->buildMessage();
     });
     message->addSeparator();
+    QAction *log = addCommand(message, QStringLiteral("actionFileLogger"), tr("File &logger"),
+                              QKeySequence(Qt::CTRL + Qt::SHIFT + Qt::Key_L),
+                              tr("Write frames to a text file, from a start to a stop that triggers detect"));
+    connect(log, &QAction::triggered, m_logging, &FileLogging::showWindow);
     QAction *replay = addCommand(message, QStringLiteral("actionReplay"), tr("&Replay a recording"),
                                  QKeySequence(Qt::CTRL + Qt::Key_P), tr("Play a trace or a log onto the bus"));
     connect(replay, &QAction::triggered, this, [this] { showDock(m_replayDock); });
@@ -364,18 +344,6 @@ void MainWindow::buildViewMenu()
     view->addAction(m_replayDock->toggleViewAction());
 }
 
-void MainWindow::buildHelpMenu()
-{
-    QMenu *help = menuBar()->addMenu(tr("&Help"));
-    QAction *keys = addCommand(help, QStringLiteral("actionKeys"), tr("&Keyboard"), QKeySequence(Qt::Key_F1),
-                               tr("Show all keys"));
-    connect(keys, &QAction::triggered, this, &MainWindow::showKeys);
-    QAction *about = addCommand(help, QStringLiteral("actionAbout"), tr("&About Kestrune Workbench"), {},
-                                tr("Show the version"));
-    about->setMenuRole(QAction::AboutRole);
-    connect(about, &QAction::triggered, this, &MainWindow::showAbout);
-}
-
 void MainWindow::buildToolBar()
 {
     QToolBar *bar = addToolBar(tr("Tool bar"));
@@ -391,25 +359,6 @@ void MainWindow::buildToolBar()
     bar->addSeparator();
     bar->addAction(m_clearAction);
     bar->addAction(m_tracePage->followAction());
-}
-
-void MainWindow::fillRecordMenu()
-{
-    m_recordMenu->clear();
-    const auto *adapters = m_session.adapters()->getAdapterMap();
-    for (auto entry = adapters->cbegin(); entry != adapters->cend(); ++entry) {
-        QAction *action = m_recordMenu->addAction(interfaceName(*entry.value()));
-        action->setCheckable(true);
-        action->setChecked(m_session.isTraced(entry.key()));
-        action->setToolTip(tr("Interfaces on the same bus see the same frames. Record from one of them, or every frame "
-                              "shows twice."));
-        connect(action, &QAction::toggled, &m_session, [this, identifier = entry.key()](bool traced) {
-            m_session.setTraced(identifier, traced);
-            m_session.saveSettings();
-        });
-    }
-    if (adapters->isEmpty())
-        m_recordMenu->addAction(tr("No CAN interface yet"))->setEnabled(false);
 }
 
 void MainWindow::showConnection()
@@ -483,35 +432,4 @@ void MainWindow::refreshStatus()
     content.stallInLastMinute = m_stallMeter.longestInLastMinute();
     content.longestStall = m_stallMeter.longest();
     m_statusLine->show(content);
-}
-
-void MainWindow::showAbout()
-{
-    QMessageBox::about(
-        this, tr("About Kestrune Workbench"),
-        tr("<h3>Kestrune Workbench %1</h3><p>See, send and record what is on a CAN bus.</p>"
-           "<p>Built on libKestrune %2 and Qt %3.</p>")
-            .arg(QCoreApplication::applicationVersion(), Kestrune::version, QString::fromLatin1(qVersion())));
-}
-
-void MainWindow::showKeys()
-{
-    QMap<QString, QString> keys;
-    const QList<QAction *> actions = findChildren<QAction *>();
-    for (const QAction *action : actions) {
-        if (!action->shortcut().isEmpty()) {
-            keys.insert(action->shortcut().toString(QKeySequence::NativeText),
-                        QString(action->text()).remove(QLatin1Char('&')));
-        }
-    }
-    keys.insert(tr("End", "key"), tr("Go to the newest frame and follow"));
-    keys.insert(tr("Enter", "key"), tr("In the transmit panel: send the frame"));
-    QString rows;
-    for (auto key = keys.cbegin(); key != keys.cend(); ++key) {
-        rows += QStringLiteral("<tr><td><b>%1</b>&nbsp;&nbsp;</td><td>%2</td></tr>")
-                    .arg(key.key().toHtmlEscaped(), key.value().toHtmlEscaped());
-    }
-    QMessageBox box(QMessageBox::NoIcon, tr("Keyboard"), QStringLiteral("<table>%1</table>").arg(rows),
-                    QMessageBox::Close, this);
-    box.exec();
 }

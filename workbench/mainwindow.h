@@ -10,11 +10,11 @@
 #include <optional>
 
 class DemoSession;
+class FileLogging;
 class FrameMarks;
 class IdentifierModel;
 class MessageCommands;
 class ReplayPanel;
-class QActionGroup;
 class QDockWidget;
 class QMenu;
 class QTabWidget;
@@ -61,8 +61,6 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    QAction *addCommand(QMenu *menu, const QString &name, const QString &text, const QKeySequence &shortcut,
-                        const QString &toolTip);
     void buildPages();
     void buildTransmitDock();
     void buildReplayDock();
@@ -71,9 +69,7 @@ private:
     void buildMarkCommands(QMenu *menu);
     void buildMessageMenu();
     void buildViewMenu();
-    void buildHelpMenu();
     void buildToolBar();
-    void fillRecordMenu();
 
     /// Of the view in front; none while no row is current.
     std::optional<CAN::CanMessage> currentFrame() const;
@@ -85,8 +81,6 @@ private:
     void resetViews();
     void refreshTrace();
     void refreshStatus();
-    void showAbout();
-    void showKeys();
 
     Session m_session;
     TraceArchive m_files; ///< of the session's trace: goes before it
@@ -101,6 +95,7 @@ private:
     IdentifierModel *m_identifierModel;
     TraceFileCommands *m_fileCommands;
     FrameMarks *m_marks;
+    FileLogging *m_logging;
     DemoSession *m_demo;
     MessageCommands *m_messageCommands;
     QTabWidget *m_tabs;
@@ -117,5 +112,4 @@ private:
     QAction *m_disconnectAction;
     QAction *m_clearAction;
     QAction *m_demoAction;
-    QMenu *m_recordMenu;
 };

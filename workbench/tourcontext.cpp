@@ -4,11 +4,13 @@
 #include "demonodeprofiles.h"
 #include "frameprobe.h"
 #include "mainwindow.h"
+#include "replaypanel.h"
 #include "transmitpanel.h"
 #include "waiting.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
@@ -94,6 +96,16 @@ void TourContext::pressButton(const QString &objectName) const
 void TourContext::trigger(const QString &objectName) const
 {
     m_window->findChild<QAction *>(objectName)->trigger();
+}
+
+void TourContext::replay(const QString &fileName) const
+{
+    trigger(QStringLiteral("actionReplay"));
+    ReplayPanel *panel = m_window->replayPanel();
+    panel->setFileName(fileName);
+    panel->findChild<QComboBox *>(QStringLiteral("cbReplayInterface"))->setCurrentIndex(0);
+    panel->findChild<QPushButton *>(QStringLiteral("btnReplayStart"))->click();
+    await([panel] { return !panel->controller()->isRunning(); });
 }
 
 void TourContext::takePicture(const QString &name, const QString &subject)

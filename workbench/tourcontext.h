@@ -47,6 +47,8 @@ public:
     void pressButton(const QString &objectName) const;
     /// A command of the menus.
     void trigger(const QString &objectName) const;
+    /// Plays the file from the replay panel through the first interface, as the user would, and waits for its end.
+    void replay(const QString &fileName) const;
     void takePicture(const QString &name, const QString &subject);
     void takePicture(QWidget *widget, const QString &name, const QString &subject);
     /// Pictures of the widget on dark ground and in a font of 200 %; names get "-dark" and "-large-font" behind them.

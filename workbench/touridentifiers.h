@@ -10,4 +10,5 @@ constexpr quint32 panel = 0x6E3;
 constexpr quint32 cyclic = 0x6E4;
 constexpr quint32 replayedLog = 0x6E5;
 constexpr quint32 replayedTrace = 0x6E6;
+constexpr quint32 logStart = 0x6E7;
 } // namespace TourIdentifiers

@@ -3,17 +3,13 @@
 #include "datachunkhandler.h"
 #include "frameprobe.h"
 #include "mainwindow.h"
-#include "replaypanel.h"
 #include "tourcontext.h"
 #include "touridentifiers.h"
 #include "tracearchive.h"
 
-#include <QComboBox>
 #include <QDir>
-#include <QDockWidget>
 #include <QFile>
 #include <QFileInfo>
-#include <QPushButton>
 
 #include <cmath>
 
@@ -81,20 +77,10 @@ int sameFrames(const QVector<CAN::CanRxMessage> &received, quint32 identifier)
     return same;
 }
 
-QWidget *replayDock(TourContext &tour)
-{
-    return tour.window()->findChild<QDockWidget *>(QStringLiteral("replayDock"));
-}
-
 void replay(TourContext &tour, const QString &fileName, quint32 identifier)
 {
     tour.second()->keep(identifier);
-    tour.trigger(QStringLiteral("actionReplay"));
-    QWidget *dock = replayDock(tour);
-    tour.window()->replayPanel()->setFileName(fileName);
-    dock->findChild<QComboBox *>(QStringLiteral("cbReplayInterface"))->setCurrentIndex(0);
-    dock->findChild<QPushButton *>(QStringLiteral("btnReplayStart"))->click();
-    TourContext::await([&] { return !tour.window()->replayPanel()->controller()->isRunning(); });
+    tour.replay(fileName);
     TourContext::await([&] { return tour.second()->kept(identifier).size() >= frames; });
 
     const QVector<CAN::CanRxMessage> received = tour.second()->kept(identifier);

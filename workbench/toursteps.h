@@ -28,6 +28,7 @@ bool markFrames(TourContext &tour);
 // Recordings.
 bool replayRecordings(TourContext &tour);
 bool recordAndOpenTrace(TourContext &tour);
+bool logAndReplay(TourContext &tour);
 
 // The settings file.
 bool saveAndReopen(TourContext &tour);

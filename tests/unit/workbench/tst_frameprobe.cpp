@@ -11,6 +11,7 @@ class TestFrameProbe : public QObject
 private slots:
     void framesAreCountedByIdentifier();
     void onlyTheFramesOfKeptIdentifiersAreKept();
+    void recordingHasEveryFrameInOrder();
     void switchedFramesAreCounted();
     void framesFromTheReceiveThreadAreHeard();
     void probeThatIsGoneHearsNothing();
@@ -44,6 +45,19 @@ void TestFrameProbe::onlyTheFramesOfKeptIdentifiersAreKept()
     QCOMPARE(probe.kept(1)[0].message.data[0], quint8(2));
     QCOMPARE(probe.kept(1)[1].message.data[0], quint8(4));
     QVERIFY(probe.kept(2).isEmpty());
+}
+
+void TestFrameProbe::recordingHasEveryFrameInOrder()
+{
+    FakeAdapter adapter;
+    FrameProbe probe(&adapter);
+    adapter.receive(at(0, dataFrame(1)));
+    probe.record();
+    adapter.receive(at(1, dataFrame(3)));
+    adapter.receive(at(2, dataFrame(2)));
+    QCOMPARE(probe.recording(), QVector<CAN::CanRxMessage>({at(1, dataFrame(3)), at(2, dataFrame(2))}));
+    probe.record();
+    QVERIFY(probe.recording().isEmpty());
 }
 
 void TestFrameProbe::switchedFramesAreCounted()
