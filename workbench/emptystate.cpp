@@ -14,18 +14,17 @@ EmptyState::EmptyState(QWidget *parent)
     : QWidget(parent)
     , m_title(new QLabel(this))
     , m_text(new QLabel(this))
-    , m_button(new QToolButton(this))
+    , m_buttons{new QToolButton(this), new QToolButton(this)}
 {
     m_title->setObjectName(QStringLiteral("lblEmptyTitle"));
     m_text->setObjectName(QStringLiteral("lblEmptyText"));
-    m_button->setObjectName(QStringLiteral("btnEmptyAction"));
+    m_buttons[0]->setObjectName(QStringLiteral("btnEmptyAction"));
+    m_buttons[1]->setObjectName(QStringLiteral("btnEmptyOtherAction"));
     for (QLabel *label : {m_title, m_text}) {
         label->setAlignment(Qt::AlignCenter);
         label->setWordWrap(true);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     }
-    m_button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_button->setFocusPolicy(Qt::StrongFocus);
     setBackgroundRole(QPalette::Base);
     setAutoFillBackground(true);
 
@@ -34,22 +33,32 @@ EmptyState::EmptyState(QWidget *parent)
     layout->addWidget(m_title);
     layout->addWidget(m_text);
     layout->addSpacing(fontMetrics().height());
-    layout->addWidget(m_button, 0, Qt::AlignHCenter);
+    for (QToolButton *button : m_buttons) {
+        button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        button->setFocusPolicy(Qt::StrongFocus);
+        layout->addWidget(button, 0, Qt::AlignHCenter);
+    }
     layout->addStretch();
     enlargeTitle();
 }
 
-void EmptyState::show(const QString &title, const QString &text, QAction *action)
+void EmptyState::show(const QString &title, const QString &text, const QList<QAction *> &actions)
 {
     m_title->setText(title);
     m_text->setText(text);
-    m_button->setDefaultAction(action);
-    m_button->setVisible(action != nullptr);
+    for (std::size_t i = 0; i < m_buttons.size(); ++i)
+        offer(m_buttons[i], actions.value(static_cast<int>(i)));
+}
+
+void EmptyState::offer(QToolButton *button, QAction *action)
+{
+    button->setDefaultAction(action);
+    button->setVisible(action != nullptr);
     if (action == nullptr)
         return;
     const QString shortcut = action->shortcut().toString(QKeySequence::NativeText);
     const QString name = QString(action->text()).remove(QLatin1Char('&'));
-    m_button->setText(shortcut.isEmpty() ? name : tr("%1 (%2)", "action and its key").arg(name, shortcut));
+    button->setText(shortcut.isEmpty() ? name : tr("%1 (%2)", "action and its key").arg(name, shortcut));
 }
 
 QString EmptyState::title() const

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <array>
+
 class QAction;
 class QLabel;
 class QToolButton;
@@ -14,8 +16,8 @@ class EmptyState : public QWidget
 public:
     explicit EmptyState(QWidget *parent = nullptr);
 
-    /// @param action offered as a button; null for none. Its shortcut stands on the button.
-    void show(const QString &title, const QString &text, QAction *action);
+    /// @param actions offered as buttons, with their shortcuts on them; at most as many as there are buttons
+    void show(const QString &title, const QString &text, const QList<QAction *> &actions);
     QString title() const;
     QString text() const;
 
@@ -24,8 +26,9 @@ protected:
 
 private:
     void enlargeTitle();
+    static void offer(QToolButton *button, QAction *action);
 
     QLabel *m_title;
     QLabel *m_text;
-    QToolButton *m_button;
+    std::array<QToolButton *, 2> m_buttons;
 };

@@ -1,7 +1,9 @@
 #include "mainwindow.h"
 
 #include "appearance.h"
+#include "canlinks.h"
 #include "command.h"
+#include "controllerstates.h"
 #include "demosession.h"
 #include "emptystate.h"
 #include "filelogging.h"
@@ -62,6 +64,8 @@ MainWindow::MainWindow(QWidget *parent)
     , m_marks(new FrameMarks(this))
     , m_logging(new FileLogging(&m_session, this))
     , m_demo(new DemoSession(&m_session, this))
+    , m_links(new CanLinks(&m_session, this))
+    , m_controllers(new ControllerStates(this))
     , m_statusLine(new StatusLine(statusBar()))
 {
     setWindowTitle(tr("Kestrune Workbench"));
@@ -87,6 +91,8 @@ MainWindow::MainWindow(QWidget *parent)
             [this](const QString &reason) { statusBar()->showMessage(reason); });
     connect(&m_session, &Session::settingsProblem, this,
             [this](const QString &text) { statusBar()->showMessage(text); });
+    connect(m_links, &CanLinks::changed, this, &MainWindow::showConnection);
+    connect(m_links, &CanLinks::remark, this, [this](const QString &text) { statusBar()->showMessage(text); });
     connect(m_demo, &DemoSession::remark, this, [this](const QString &text) { statusBar()->showMessage(text); });
 
     m_clock.start();
@@ -132,6 +138,13 @@ void MainWindow::clearTrace()
 void MainWindow::startDemo()
 {
     m_demo->addInterfaces();
+    m_session.saveSettings();
+    connectAdapters();
+}
+
+void MainWindow::startLinks()
+{
+    m_links->addInterfaces();
     m_session.saveSettings();
     connectAdapters();
 }
@@ -190,11 +203,15 @@ void MainWindow::buildFileAndConnectionMenus()
     m_disconnectAction = addCommand(connection, QStringLiteral("actionDisconnect"), tr("&Disconnect"),
                                     QKeySequence(Qt::SHIFT + Qt::Key_F5), tr("Close all interfaces"));
     connection->addSeparator();
+    m_linksAction = addCommand(
+        connection, QStringLiteral("actionLinks"), tr("Connect the CAN &links"), QKeySequence(Qt::CTRL + Qt::Key_F5),
+        tr("Make an interface of each CAN link of this computer that is not in use, and connect"));
     m_demoAction = addCommand(connection, QStringLiteral("actionDemo"), tr("&Start the demo"),
                               QKeySequence(Qt::CTRL + Qt::Key_D),
                               tr("Two interfaces on a simulated bus with a CANopen network; needs no hardware"));
     connect(m_connectAction, &QAction::triggered, this, &MainWindow::connectAdapters);
     connect(m_disconnectAction, &QAction::triggered, this, &MainWindow::disconnectAdapters);
+    connect(m_linksAction, &QAction::triggered, this, &MainWindow::startLinks);
     connect(m_demoAction, &QAction::triggered, this, &MainWindow::startDemo);
 }
 
@@ -366,6 +383,7 @@ void MainWindow::showConnection()
     const bool connected = m_session.isConnected();
     m_connectAction->setEnabled(!connected);
     m_disconnectAction->setEnabled(connected);
+    m_linksAction->setEnabled(!connected && !m_links->unused().isEmpty());
     m_demoAction->setEnabled(m_demo->isPossible() && !m_demo->isNetworkRunning());
     if (connected && !m_wasConnected)
         m_stallMeter.restart();
@@ -382,6 +400,7 @@ void MainWindow::offerInterfaces()
     QVector<ReplayPanel::Interface> interfaces;
     const auto adapters = m_session.adapters()->getAdapterMap()->values();
     for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
+        m_controllers->follow(adapter);
         if (adapter->getRunning())
             interfaces.append({interfaceName(*adapter), adapter});
     }
@@ -390,10 +409,14 @@ void MainWindow::offerInterfaces()
 
 void MainWindow::showAdvice()
 {
-    const TraceAdvice advice = adviceFor({m_session.hasInterfaces(), m_session.isConnected(), m_session.failure()});
-    QAction *offers[] = {nullptr, m_connectAction, m_demoAction};
+    const TraceAdvice advice = adviceFor(
+        {m_session.hasInterfaces(), m_session.isConnected(), m_session.failure(), m_links->unused()});
+    QAction *const commands[] = {m_connectAction, m_linksAction, m_demoAction};
+    QList<QAction *> offers;
+    for (const TraceAdvice::Offer offer : advice.offers)
+        offers.append(commands[offer]);
     for (TracePage *page : {m_tracePage, m_identifierPage})
-        page->emptyState()->show(advice.title, advice.text, offers[advice.offer]);
+        page->emptyState()->show(advice.title, advice.text, offers);
 }
 
 void MainWindow::resetViews()
@@ -420,10 +443,10 @@ void MainWindow::refreshStatus()
     StatusLine::Content content;
     const auto adapters = m_session.adapters()->getAdapterMap()->values();
     for (const QPointer<AbstractCanAdapter> &adapter : adapters) {
-        const QString name = interfaceName(*adapter);
-        if (adapter->getRunning())
-            content.connected.append(name);
-        content.interfaces.append({name, adapter->framesReceived(), adapter->framesSent(), adapter->framesLost()});
+        const bool failed = adapter->isActiveAdapter() && !adapter->getRunning();
+        content.interfaces.append({interfaceName(*adapter), adapter->framesReceived(), adapter->framesSent(),
+                                   adapter->framesLost(), adapter->getRunning(),
+                                   failed ? adapter->errorText() : QString(), m_controllers->stateOf(adapter)});
     }
     m_fileCommands->setSituation(m_session.isConnected(), m_session.trace()->getMessageCount() > 0);
     content.notStored = m_session.trace()->lostMessageCount();

@@ -9,6 +9,8 @@
 
 #include <optional>
 
+class CanLinks;
+class ControllerStates;
 class DemoSession;
 class FileLogging;
 class FrameMarks;
@@ -54,6 +56,8 @@ public slots:
     void clearTrace();
     /// Two interfaces on a simulated bus, connected at once.
     void startDemo();
+    /// An interface for each CAN link of this computer that is not in use, connected at once.
+    void startLinks();
     void showPage(TracePage *page);
 
 protected:
@@ -97,6 +101,8 @@ private:
     FrameMarks *m_marks;
     FileLogging *m_logging;
     DemoSession *m_demo;
+    CanLinks *m_links;
+    ControllerStates *m_controllers;
     MessageCommands *m_messageCommands;
     QTabWidget *m_tabs;
     TracePage *m_tracePage;
@@ -111,5 +117,6 @@ private:
     QAction *m_connectAction;
     QAction *m_disconnectAction;
     QAction *m_clearAction;
+    QAction *m_linksAction;
     QAction *m_demoAction;
 };

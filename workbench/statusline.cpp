@@ -43,24 +43,28 @@ void StatusLine::show(const Content &content)
                                .arg(content.longestStall);
     const QString perInterface = breakdown(content.interfaces);
     const QString details = perInterface.isEmpty() ? stalls : perInterface + QLatin1Char('\n') + stalls;
-    const InterfaceCounts sum = sumOf(content.interfaces);
+    const InterfaceStatus sum = sumOf(content.interfaces);
     const quint64 lost = sum.lost + content.notStored;
 
-    setText(m_state,
-            content.connected.isEmpty() ? tr("Not connected")
-                                        : tr("Connected: %1").arg(content.connected.join(QLatin1String(", "))),
-            details);
+    setText(m_state, connectionText(content.interfaces), details);
     setText(m_received, tr("Received %1").arg(FrameText::count(sum.received)), details);
     setText(m_sent, tr("Sent %1").arg(FrameText::count(sum.sent)), details);
     setText(m_lost, tr("Lost %1").arg(FrameText::count(lost)), details);
     setText(m_rate, tr("%1 frames/s").arg(FrameText::count(content.framesPerSecond)),
             tr("Frames a second that go into the trace") + QLatin1Char('\n') + stalls);
 
+    setWarning(m_state, hasTrouble(content.interfaces));
+    setWarning(m_lost, lost > 0);
+}
+
+/// A label that warns is bold too: not everybody sees the colour.
+void StatusLine::setWarning(QLabel *label, bool warns)
+{
     QPalette colours = m_received->palette();
-    if (lost > 0)
+    if (warns)
         colours.setColor(QPalette::WindowText, warningColor(colours));
-    m_lost->setPalette(colours);
+    label->setPalette(colours);
     QFont font = m_received->font();
-    font.setBold(lost > 0);
-    m_lost->setFont(font);
+    font.setBold(warns);
+    label->setFont(font);
 }

@@ -3,12 +3,11 @@
 #include "statussummary.h"
 
 #include <QObject>
-#include <QStringList>
 
 class QLabel;
 class QStatusBar;
 
-/// The counters at the right end of a status bar.
+/// The state of the connection and the counters, at the right end of a status bar.
 class StatusLine : public QObject
 {
     Q_OBJECT
@@ -16,8 +15,7 @@ class StatusLine : public QObject
 public:
     struct Content
     {
-        QStringList connected;               ///< names of the connected interfaces
-        QVector<InterfaceCounts> interfaces; ///< all of them: closed ones keep their counts until they open again
+        QVector<InterfaceStatus> interfaces; ///< all of them: closed ones keep their counts until they open again
         quint64 framesPerSecond = 0;         ///< into the trace
         quint64 notStored = 0;               ///< frames that found no room in the trace
         qint64 stallInLastMinute = 0;        ///< ms
@@ -29,6 +27,8 @@ public:
     void show(const Content &content);
 
 private:
+    void setWarning(QLabel *label, bool warns);
+
     QLabel *m_state;
     QLabel *m_received;
     QLabel *m_sent;

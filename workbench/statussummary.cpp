@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 constexpr qint64 windowMilliseconds = 1000;
 
@@ -13,26 +15,90 @@ struct StatusSummary
 {
     Q_DECLARE_TR_FUNCTIONS(StatusSummary)
 };
+
+/// As the field says it; empty where there is nothing to say.
+QString controllerText(CAN::CanState state)
+{
+    switch (state) {
+    case CAN::CanStateErrorActive:
+        return StatusSummary::tr("error active");
+    case CAN::CanStateErrorWarning:
+        return StatusSummary::tr("error warning");
+    case CAN::CanStateErrorPassive:
+        return StatusSummary::tr("error passive");
+    case CAN::CanStateBusOff:
+        return StatusSummary::tr("bus off");
+    case CAN::CanStateStopped:
+        return StatusSummary::tr("stopped");
+    case CAN::CanStateUnknown:
+        break;
+    }
+    return {};
+}
+
+bool isWell(CAN::CanState state)
+{
+    return state == CAN::CanStateErrorActive || state == CAN::CanStateUnknown;
+}
+
+QString linkText(const InterfaceStatus &status)
+{
+    if (!status.trouble.isEmpty())
+        return status.trouble;
+    if (!status.connected)
+        return StatusSummary::tr("not connected");
+    const QString controller = controllerText(status.controller);
+    return controller.isEmpty() ? StatusSummary::tr("connected")
+                                : StatusSummary::tr("connected, controller %1").arg(controller);
+}
 } // namespace
 
-InterfaceCounts sumOf(const QVector<InterfaceCounts> &interfaces)
+InterfaceStatus sumOf(const QVector<InterfaceStatus> &interfaces)
 {
-    InterfaceCounts sum;
-    for (const InterfaceCounts &counts : interfaces) {
-        sum.received += counts.received;
-        sum.sent += counts.sent;
-        sum.lost += counts.lost;
+    InterfaceStatus sum;
+    for (const InterfaceStatus &status : interfaces) {
+        sum.received += status.received;
+        sum.sent += status.sent;
+        sum.lost += status.lost;
     }
     return sum;
 }
 
-QString breakdown(const QVector<InterfaceCounts> &interfaces)
+QString connectionText(const QVector<InterfaceStatus> &interfaces)
+{
+    QStringList connected;
+    QStringList failed;
+    for (const InterfaceStatus &status : interfaces) {
+        if (!status.connected && !status.trouble.isEmpty())
+            failed.append(status.name);
+        else if (status.connected && isWell(status.controller))
+            connected.append(status.name);
+        else if (status.connected)
+            connected.append(StatusSummary::tr("%1 (%2)", "interface and state of its controller")
+                                 .arg(status.name, controllerText(status.controller)));
+    }
+    QStringList parts;
+    if (!connected.isEmpty())
+        parts.append(StatusSummary::tr("Connected: %1").arg(connected.join(QLatin1String(", "))));
+    if (!failed.isEmpty())
+        parts.append(StatusSummary::tr("Failed: %1").arg(failed.join(QLatin1String(", "))));
+    return parts.isEmpty() ? StatusSummary::tr("Not connected") : parts.join(QLatin1String("; "));
+}
+
+bool hasTrouble(const QVector<InterfaceStatus> &interfaces)
+{
+    return std::any_of(interfaces.cbegin(), interfaces.cend(), [](const InterfaceStatus &status) {
+        return status.connected ? !isWell(status.controller) : !status.trouble.isEmpty();
+    });
+}
+
+QString breakdown(const QVector<InterfaceStatus> &interfaces)
 {
     QStringList lines;
-    for (const InterfaceCounts &counts : interfaces) {
-        lines.append(StatusSummary::tr("%1: received %2, sent %3, lost %4")
-                         .arg(counts.name, FrameText::count(counts.received), FrameText::count(counts.sent),
-                              FrameText::count(counts.lost)));
+    for (const InterfaceStatus &status : interfaces) {
+        lines.append(StatusSummary::tr("%1: %2; received %3, sent %4, lost %5")
+                         .arg(status.name, linkText(status), FrameText::count(status.received),
+                              FrameText::count(status.sent), FrameText::count(status.lost)));
     }
     return lines.join(QLatin1Char('\n'));
 }

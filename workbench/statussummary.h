@@ -1,22 +1,32 @@
 #pragma once
 
+#include "canrecords.h"
+
 #include <QString>
 #include <QVector>
 
-/// What the interfaces of a connection have counted. Pure.
-struct InterfaceCounts
+/// How one interface is doing. Pure.
+struct InterfaceStatus
 {
     QString name;
-    quint64 received = 0;
+    quint64 received = 0; ///< these three since it was opened the last time
     quint64 sent = 0;
     quint64 lost = 0;
+    bool connected = false;
+    QString trouble; ///< why it is not connected although it should be; empty where it should not, or is
+    CAN::CanState controller = CAN::CanStateUnknown;
 };
 
-/// The sum over all; its name is empty.
-InterfaceCounts sumOf(const QVector<InterfaceCounts> &interfaces);
+/// The counters' sums over all; the rest says nothing.
+InterfaceStatus sumOf(const QVector<InterfaceStatus> &interfaces);
+
+/// Which are connected, which failed, and which have a controller that keeps away from the bus.
+QString connectionText(const QVector<InterfaceStatus> &interfaces);
+/// Whether that text says something that the user should look after.
+bool hasTrouble(const QVector<InterfaceStatus> &interfaces);
 
 /// One line for each interface, for a tool tip.
-QString breakdown(const QVector<InterfaceCounts> &interfaces);
+QString breakdown(const QVector<InterfaceStatus> &interfaces);
 
 /// How many a second, from a number that grows, over the last second or so. Time in milliseconds of a clock that
 /// never goes back.

@@ -1,6 +1,6 @@
 #include "canopenmessagebuilderdialog.h"
 #include "emptystate.h"
-#include "fakeadapter.h"
+#include "fakefamily.h"
 #include "framemarks.h"
 #include "frameview.h"
 #include "mainwindow.h"
@@ -23,6 +23,7 @@
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 
 class TestMainWindow : public QObject
 {
@@ -33,6 +34,9 @@ private slots:
     void init();
     void cleanup();
     void withoutInterfacesTheDemoIsOffered();
+    void linksOfTheComputerAreOfferedAtOnce();
+    void linkThatIsPluggedInIsOffered();
+    void controllerStateAndLostLinkStandInTheStatusBar();
     void connectWithoutInterfacesSaysWhatToDo();
     void commandsFollowTheConnection();
     void emptyStateFollowsTheConnection();
@@ -86,6 +90,7 @@ private:
     }
     int rows(const TracePage *page) const { return page->view()->model()->rowCount(); }
 
+    FakeFamily *m_links = nullptr;
     std::unique_ptr<MainWindow> m_window;
 };
 
@@ -96,6 +101,8 @@ void TestMainWindow::initTestCase()
 
 void TestMainWindow::init()
 {
+    // Links of the computer that runs the test are none of its business.
+    m_links = FakeFamily::install(AbstractCanAdapter::CanAdapterSocketCan, QStringLiteral("SocketCAN"));
     m_window = std::make_unique<MainWindow>();
 }
 
@@ -110,6 +117,44 @@ void TestMainWindow::withoutInterfacesTheDemoIsOffered()
     QCOMPARE(m_window->tracePage()->emptyState()->title(), QStringLiteral("No CAN interface yet"));
     QVERIFY(action("actionDemo")->isEnabled());
     QCOMPARE(label("lblState")->text(), QStringLiteral("Not connected"));
+}
+
+void TestMainWindow::linksOfTheComputerAreOfferedAtOnce()
+{
+    m_window.reset();
+    m_links->deviceMap.insert(QStringLiteral("can0|mcp251xfd"), 0);
+    m_window = std::make_unique<MainWindow>();
+    QCOMPARE(m_window->tracePage()->emptyState()->title(), QStringLiteral("CAN links found: can0"));
+    m_window->findChild<QToolButton *>(QStringLiteral("btnEmptyAction"))->click();
+    QCOMPARE(label("lblState")->text(), QStringLiteral("Connected: can0"));
+    QVERIFY(!action("actionLinks")->isEnabled());
+}
+
+void TestMainWindow::linkThatIsPluggedInIsOffered()
+{
+    QVERIFY(!action("actionLinks")->isEnabled());
+    m_links->deviceMap.insert(QStringLiteral("vcan0"), 0);
+    emit CanAdapterFactory::notifier()->devicesChanged(AbstractCanAdapter::CanAdapterSocketCan);
+    QVERIFY(action("actionLinks")->isEnabled());
+    QCOMPARE(m_window->tracePage()->emptyState()->title(), QStringLiteral("CAN links found: vcan0"));
+    QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("There is a new CAN link: vcan0."));
+}
+
+void TestMainWindow::controllerStateAndLostLinkStandInTheStatusBar()
+{
+    FakeAdapter *adapter = addAdapter("can0");
+    action("actionConnect")->trigger();
+    const QColor usual = label("lblState")->palette().color(QPalette::WindowText);
+    adapter->changeState(CAN::CanStateBusOff, CanTimeStamp());
+    QTRY_COMPARE_WITH_TIMEOUT(label("lblState")->text(), QStringLiteral("Connected: can0 (bus off)"), 5000);
+    QVERIFY(label("lblState")->palette().color(QPalette::WindowText) != usual);
+    adapter->changeState(CAN::CanStateErrorActive, CanTimeStamp());
+    QTRY_COMPARE_WITH_TIMEOUT(label("lblState")->text(), QStringLiteral("Connected: can0"), 5000);
+    QCOMPARE(label("lblState")->palette().color(QPalette::WindowText), usual);
+    MessageBoxes boxes;
+    adapter->fail(QStringLiteral("can0 is gone."));
+    QTRY_COMPARE_WITH_TIMEOUT(label("lblState")->text(), QStringLiteral("Failed: can0"), 5000);
+    QVERIFY(label("lblState")->toolTip().contains(QStringLiteral("can0: can0 is gone.")));
 }
 
 void TestMainWindow::connectWithoutInterfacesSaysWhatToDo()
@@ -179,8 +224,8 @@ void TestMainWindow::countersShowWhatTheInterfacesCount()
     QCOMPARE(label("lblLost")->text(), QStringLiteral("Lost 0"));
     QVERIFY(label("lblReceived")
                 ->toolTip()
-                .contains(QStringLiteral("A: received 3, sent 0, lost 0\n"
-                                         "B: received 1, sent 1, lost 0")));
+                .contains(QStringLiteral("A: connected; received 3, sent 0, lost 0\n"
+                                         "B: connected; received 1, sent 1, lost 0")));
     action("actionDisconnect")->trigger();
     QCOMPARE(label("lblReceived")->text(), QStringLiteral("Received 4"));
 }

@@ -20,7 +20,7 @@ private slots:
     void init();
     void cleanup();
     void emptyStateStandsUntilTheFirstFrame();
-    void emptyStateOffersItsActionByButton();
+    void emptyStateOffersItsActionsByButtons();
     void wayBackAppearsWhenTheViewStandsStill();
     void actionSwitchesFollowing();
     void keysCopyTheSelectedFrames();
@@ -63,20 +63,26 @@ void TestTracePage::emptyStateStandsUntilTheFirstFrame()
     QVERIFY(m_page->showsEmptyState());
 }
 
-void TestTracePage::emptyStateOffersItsActionByButton()
+void TestTracePage::emptyStateOffersItsActionsByButtons()
 {
     QAction action(QStringLiteral("&Connect"));
     action.setShortcut(QKeySequence(Qt::Key_F5));
     int triggered = 0;
     connect(&action, &QAction::triggered, this, [&triggered] { ++triggered; });
-    m_page->emptyState()->show(QStringLiteral("Title"), QStringLiteral("Text"), &action);
+    m_page->emptyState()->show(QStringLiteral("Title"), QStringLiteral("Text"), {&action});
     auto *button = m_page->findChild<QToolButton *>(QStringLiteral("btnEmptyAction"));
     QCOMPARE(m_page->emptyState()->title(), QStringLiteral("Title"));
     QCOMPARE(m_page->emptyState()->text(), QStringLiteral("Text"));
     QCOMPARE(button->text(), QStringLiteral("Connect (F5)"));
     button->click();
     QCOMPARE(triggered, 1);
-    m_page->emptyState()->show(QStringLiteral("Title"), QStringLiteral("Text"), nullptr);
+    auto *other = m_page->findChild<QToolButton *>(QStringLiteral("btnEmptyOtherAction"));
+    QVERIFY(other->isHidden());
+    QAction second(QStringLiteral("&Demo"));
+    m_page->emptyState()->show(QStringLiteral("Title"), QStringLiteral("Text"), {&action, &second});
+    QVERIFY(!other->isHidden());
+    QCOMPARE(other->text(), QStringLiteral("Demo"));
+    m_page->emptyState()->show(QStringLiteral("Title"), QStringLiteral("Text"), {});
     QVERIFY(button->isHidden());
 }
 

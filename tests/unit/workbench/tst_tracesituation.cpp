@@ -3,6 +3,7 @@
 #include <QTest>
 
 Q_DECLARE_METATYPE(TraceSituation)
+Q_DECLARE_METATYPE(QVector<TraceAdvice::Offer>)
 
 class TestTraceSituation : public QObject
 {
@@ -18,19 +19,27 @@ void TestTraceSituation::adviceFitsTheSituation_data()
     QTest::addColumn<TraceSituation>("situation");
     QTest::addColumn<QString>("title");
     QTest::addColumn<QString>("textPart");
-    QTest::addColumn<int>("offer");
-    QTest::newRow("no interface") << TraceSituation{false, false, {}} << "No CAN interface yet"
-                                  << "Try the demo" << int(TraceAdvice::OfferDemo);
-    QTest::newRow("not connected") << TraceSituation{true, false, {}} << "Not connected"
-                                   << "Press F5 to connect" << int(TraceAdvice::OfferConnect);
-    QTest::newRow("failed") << TraceSituation{true, false, QStringLiteral("Demo 1: Port 1 is in use.")}
+    QTest::addColumn<QVector<TraceAdvice::Offer>>("offers");
+    const QStringList links{QStringLiteral("can0"), QStringLiteral("vcan0")};
+    const QVector<TraceAdvice::Offer> connect{TraceAdvice::OfferConnect};
+    QTest::newRow("no interface") << TraceSituation{false, false, {}, {}} << "No CAN interface yet"
+                                  << "Try the demo" << QVector<TraceAdvice::Offer>{TraceAdvice::OfferDemo};
+    QTest::newRow("no link") << TraceSituation{false, false, {}, {}} << "No CAN interface yet"
+                             << "sudo ip link add vcan0 type vcan\nsudo ip link set vcan0 mtu 72 up"
+                             << QVector<TraceAdvice::Offer>{TraceAdvice::OfferDemo};
+    QTest::newRow("links") << TraceSituation{false, false, {}, links} << "CAN links found: can0, vcan0"
+                           << "Connect them"
+                           << QVector<TraceAdvice::Offer>{TraceAdvice::OfferLinks, TraceAdvice::OfferDemo};
+    QTest::newRow("not connected") << TraceSituation{true, false, {}, links} << "Not connected"
+                                   << "Press F5 to connect" << connect;
+    QTest::newRow("failed") << TraceSituation{true, false, QStringLiteral("Demo 1: Port 1 is in use."), {}}
                             << "Not connected"
-                            << "Demo 1: Port 1 is in use." << int(TraceAdvice::OfferConnect);
-    QTest::newRow("silent bus") << TraceSituation{true, true, {}} << "Waiting for the first frame"
-                                << "check the bitrate" << int(TraceAdvice::NoOffer);
+                            << "Demo 1: Port 1 is in use." << connect;
+    QTest::newRow("silent bus") << TraceSituation{true, true, {}, links} << "Waiting for the first frame"
+                                << "check the bitrate" << QVector<TraceAdvice::Offer>();
     QTest::newRow("silent bus beside a failure")
-        << TraceSituation{true, true, QStringLiteral("no")} << "Waiting for the first frame"
-        << "check the bitrate" << int(TraceAdvice::NoOffer);
+        << TraceSituation{true, true, QStringLiteral("no"), {}} << "Waiting for the first frame"
+        << "check the bitrate" << QVector<TraceAdvice::Offer>();
 }
 
 void TestTraceSituation::adviceFitsTheSituation()
@@ -40,7 +49,7 @@ void TestTraceSituation::adviceFitsTheSituation()
     const TraceAdvice advice = adviceFor(situation);
     QTEST(advice.title, "title");
     QVERIFY2(advice.text.contains(textPart), qPrintable(advice.text));
-    QTEST(int(advice.offer), "offer");
+    QTEST(advice.offers, "offers");
 }
 
 QTEST_APPLESS_MAIN(TestTraceSituation)
