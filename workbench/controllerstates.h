@@ -14,10 +14,15 @@ class ControllerStates : public QObject
 public:
     using QObject::QObject;
 
-    /// Listens to the adapter from now on, until that goes; again and again is harmless.
+    /// Listens to the adapter from now on, until that goes or all its connections are cut, as at the end of each
+    /// connection to the bus. To follow again is harmless.
     void follow(AbstractCanAdapter *adapter);
     CAN::CanState stateOf(const AbstractCanAdapter *adapter) const;
 
 private:
-    QHash<const QObject *, CAN::CanState> m_states; ///< of all that are followed
+    void takeState(CAN::CanState state);
+    void forgetClosed(bool running);
+    void forget(const QObject *adapter);
+
+    QHash<const QObject *, CAN::CanState> m_states; ///< of those that told one
 };

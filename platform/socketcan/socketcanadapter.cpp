@@ -219,11 +219,13 @@ bool SocketCanAdapter::fellQuiet()
 
 void SocketCanAdapter::linkLost(int error)
 {
-    if (error == ENETDOWN)
+    // A link that is taken away goes down first. The kernel answers when it is done with both.
+    const bool isGone = error == ENODEV || error == ENXIO || (error == ENETDOWN && !readCanLink(m_name));
+    if (isGone)
+        setErrorText(tr("%1 is gone. Check the device and its cable, then connect again.").arg(m_name));
+    else if (error == ENETDOWN)
         setErrorText(
             tr("%1 was switched off. Switch it on with \"ip link set %1 up\", then connect again.").arg(m_name));
-    else if (error == ENODEV || error == ENXIO)
-        setErrorText(tr("%1 is gone. Check the device and its cable, then connect again.").arg(m_name));
     else
         setErrorText(tr("%1 does not work any more: %2. Connect again.")
                          .arg(m_name, QString::fromLocal8Bit(std::strerror(error))));

@@ -13,6 +13,7 @@ private slots:
     void stateToldByTheReceiveThreadArrives();
     void followingTwiceHearsOnce();
     void closedAdapterHasNoState();
+    void adapterIsFollowedAgainAfterItsConnectionsWereCut();
     void adapterThatIsGoneHasNoState();
 
 private:
@@ -70,6 +71,19 @@ void TestControllerStates::closedAdapterHasNoState()
     tell(adapter, CAN::CanStateBusOff);
     adapter.close();
     QCOMPARE(states.stateOf(&adapter), CAN::CanStateUnknown);
+}
+
+void TestControllerStates::adapterIsFollowedAgainAfterItsConnectionsWereCut()
+{
+    FakeAdapter adapter;
+    ControllerStates states;
+    states.follow(&adapter);
+    adapter.disconnect();
+    tell(adapter, CAN::CanStateBusOff);
+    QCOMPARE(states.stateOf(&adapter), CAN::CanStateUnknown);
+    states.follow(&adapter);
+    tell(adapter, CAN::CanStateBusOff);
+    QCOMPARE(states.stateOf(&adapter), CAN::CanStateBusOff);
 }
 
 void TestControllerStates::adapterThatIsGoneHasNoState()
