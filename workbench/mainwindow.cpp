@@ -115,8 +115,11 @@ MainWindow::~MainWindow()
 void MainWindow::connectAdapters()
 {
     if (!m_session.hasInterfaces()) {
-        statusBar()->showMessage(tr("There is no CAN interface to connect. Start the demo: press %1.")
-                                     .arg(m_demoAction->shortcut().toString(QKeySequence::NativeText)));
+        const bool hasLinks = m_linksAction->isEnabled();
+        const QAction *offer = hasLinks ? m_linksAction : m_demoAction;
+        const QString advice = hasLinks ? tr("There is no CAN interface to connect. Connect the CAN links: press %1.")
+                                        : tr("There is no CAN interface to connect. Start the demo: press %1.");
+        statusBar()->showMessage(advice.arg(offer->shortcut().toString(QKeySequence::NativeText)));
         return;
     }
     statusBar()->clearMessage();

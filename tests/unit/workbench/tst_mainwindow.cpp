@@ -138,6 +138,9 @@ void TestMainWindow::linkThatIsPluggedInIsOffered()
     QVERIFY(action("actionLinks")->isEnabled());
     QCOMPARE(m_window->tracePage()->emptyState()->title(), QStringLiteral("CAN links found: vcan0"));
     QCOMPARE(m_window->statusBar()->currentMessage(), QStringLiteral("There is a new CAN link: vcan0."));
+    action("actionConnect")->trigger();
+    QCOMPARE(m_window->statusBar()->currentMessage(),
+             QStringLiteral("There is no CAN interface to connect. Connect the CAN links: press Ctrl+F5."));
 }
 
 void TestMainWindow::controllerStateAndLostLinkStandInTheStatusBar()
