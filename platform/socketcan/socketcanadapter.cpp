@@ -17,20 +17,15 @@ constexpr qint64 stateAge = 1000000000; // ns; a state that is not at its best i
 } // namespace
 
 SocketCanAdapter::SocketCanAdapter(const QString &device, QObject *parent)
-    : AbstractCanAdapter(CanAdapterSocketCan, device, parent)
+    : ThreadedAdapter(CanAdapterSocketCan, device, parent)
     , m_channel(*this)
 {
-    setCanAdapterOption(OptionUseCanFd, false);
     setCanAdapterOption(OptionDeviceData, 0u);
-    for (const AdapterOption flag : {OptionAutoBusOn, OptionLogErrorFrames, OptionContinuousSystemTime,
-                                     OptionSystemTimestamp, OptionListenOnly, OptionForcedEcho})
+    for (const AdapterOption flag :
+         {OptionAutoBusOn, OptionLogErrorFrames, OptionContinuousSystemTime, OptionSystemTimestamp})
         setCanAdapterOption(flag, false);
-    setCanAdapterOption(OptionDescription, QString());
-    setCanAdapterOption(OptionLinkedAdapter, 0u);
-    setCanAdapterOption(OptionClassicBusParameter, QVariant::fromValue(CAN::CANClassicBusParameter()));
-    setCanAdapterOption(OptionFdBusParameter, QVariant::fromValue(CAN::CANFDBusParameter()));
-    setCanAdapterOption(OptionFdBitrate, QVariant::fromValue(bitrateEntry(defaultFdBitrate)));
     setCanAdapterOption(OptionBitrate, QVariant::fromValue(bitrateEntry(defaultBitrate)));
+    setCanAdapterOption(OptionFdBitrate, QVariant::fromValue(bitrateEntry(defaultFdBitrate)));
 }
 
 SocketCanAdapter::~SocketCanAdapter()
@@ -39,14 +34,11 @@ SocketCanAdapter::~SocketCanAdapter()
     setRunningState(false);
 }
 
-int SocketCanAdapter::open()
+int SocketCanAdapter::openLink()
 {
-    if (m_channel.isLinked() && !m_closesLater)
-        return OpenOk;
     const QString name = linkName();
     const std::optional<LinkProperties> link = readCanLink(name);
     if (!link) {
-        close();
         return refuse(OpenInvalidDevice,
                       tr("There is no CAN interface \"%1\". Connect the device, or choose another one in the "
                          "interface settings.")
@@ -55,7 +47,6 @@ int SocketCanAdapter::open()
     CanSocket socket = openCanSocket(link->index, getCanAdapterOption(OptionForcedEcho).toBool());
     if (socket.error == 0 && link->isUp)
         return openOn(std::move(socket.descriptor), *link);
-    close();
     if (!link->isUp || socket.error == ENETDOWN) {
         return refuse(OpenBusy,
                       tr("%1 is switched off. Switch it on with \"ip link set %1 up\", then connect again.").arg(name));
@@ -67,39 +58,15 @@ int SocketCanAdapter::open()
 
 int SocketCanAdapter::openOn(FileDescriptor socket, const LinkProperties &link)
 {
-    close();
-    resetCounters();
-    setErrorText({});
     m_name = link.name;
     const int result = adoptSettings(link);
-    readSettings();
+    readReceiveSettings();
     m_hasController = link.hasController;
     m_state = CAN::CanStateUnknown;
     m_busOff = false;
     m_stateAskedAt = 0;
     m_saidLoss = false;
-    if (m_channel.start(std::move(socket)))
-        return result;
-    return refuse(OpenBusy, tr("The system has no resources left for another connection."));
-}
-
-void SocketCanAdapter::close()
-{
-    m_running = false;
-    if (m_channel.isReceiveThread()) {
-        m_closesLater = true;
-        // Whoever opens the adapter before that has closed it too, and must not lose the new link.
-        const auto closeIfWanted = [this] {
-            if (m_closesLater)
-                close();
-        };
-        QMetaObject::invokeMethod(this, closeIfWanted, Qt::QueuedConnection);
-        return;
-    }
-    m_closesLater = false;
-    // Before the link goes: who sends by the clock must not count what comes now as lost.
-    setRunningState(false);
-    m_channel.stop();
+    return m_channel.start(std::move(socket)) ? result : refuseForLackOfResources();
 }
 
 void SocketCanAdapter::setBitrate(quint16 bitrate)
@@ -110,22 +77,6 @@ void SocketCanAdapter::setBitrate(quint16 bitrate)
 void SocketCanAdapter::setFdBitrate(quint16 bitrate)
 {
     m_wantedFdBitrate = bitrate;
-}
-
-int SocketCanAdapter::getDeviceNumber()
-{
-    return 0;
-}
-
-void SocketCanAdapter::setRunning(bool running)
-{
-    // A link that was lost before this call stays lost; one that is lost from here on is noticed later, and last.
-    const bool runs = running && m_channel.isLinked();
-    if (runs)
-        readSendSettings();
-    setRunningState(runs);
-    // Frames come from here on, when all who listen for the state have had their turn.
-    m_running = runs && m_channel.isLinked();
 }
 
 QList<AbstractCanAdapter::AdapterOption> SocketCanAdapter::getSupportedOptions()
@@ -143,24 +94,10 @@ CAN::CANBitTimingThresholds SocketCanAdapter::getThresholds(bool dataPhase)
     return link ? link->thresholds(dataPhase) : CAN::CANBitTimingThresholds();
 }
 
-AbstractCanAdapter::WriteResult SocketCanAdapter::write(CAN::CanMessage *message)
-{
-    const WriteResult result = message == nullptr ? WriteInvalidFrame : send(*message);
-    if (result == WriteOk)
-        countSent();
-    else
-        countLost();
-    return result;
-}
-
 AbstractCanAdapter::WriteResult SocketCanAdapter::send(const CAN::CanMessage &message)
 {
-    if (!m_running)
-        return WriteNotOpen;
-    if (m_silent)
-        return WriteListenOnly;
     canfd_frame frame;
-    const std::size_t size = message.fd && !m_canFd ? 0 : toKernelFrame(message, frame);
+    const std::size_t size = toKernelFrame(message, frame);
     if (size == 0)
         return WriteInvalidFrame;
     // The system takes frames for a controller that is off the bus, and drops them.
@@ -182,7 +119,7 @@ AbstractCanAdapter::WriteResult SocketCanAdapter::send(const CAN::CanMessage &me
 void SocketCanAdapter::frameArrived(const canfd_frame &frame, std::size_t size, const ReceptionInfo &info)
 {
     CAN::CanRxMessage received;
-    if (!m_running || !fromKernelFrame(frame, size, received.message))
+    if (!isRunning() || !fromKernelFrame(frame, size, received.message))
         return;
     const qint64 time = info.systemTime != 0 ? info.systemTime : systemTimeNow();
     received.timeStamp = m_clock.stamp(time, info.hardwareTime);
@@ -214,7 +151,7 @@ bool SocketCanAdapter::fellQuiet()
 {
     if (!m_hasController)
         return false;
-    return !m_running || askState();
+    return !isRunning() || askState();
 }
 
 void SocketCanAdapter::linkLost(int error)
@@ -222,25 +159,12 @@ void SocketCanAdapter::linkLost(int error)
     // A link that is taken away goes down first. The kernel answers when it is done with both.
     const bool isGone = error == ENODEV || error == ENXIO || (error == ENETDOWN && !readCanLink(m_name));
     if (isGone)
-        setErrorText(tr("%1 is gone. Check the device and its cable, then connect again.").arg(m_name));
+        tellLoss(tr("%1 is gone. Check the device and its cable, then connect again.").arg(m_name));
     else if (error == ENETDOWN)
-        setErrorText(
-            tr("%1 was switched off. Switch it on with \"ip link set %1 up\", then connect again.").arg(m_name));
+        tellLoss(tr("%1 was switched off. Switch it on with \"ip link set %1 up\", then connect again.").arg(m_name));
     else
-        setErrorText(tr("%1 does not work any more: %2. Connect again.")
-                         .arg(m_name, QString::fromLocal8Bit(std::strerror(error))));
-    // The adapter's state belongs to its own thread. By name, for no argument has to travel.
-    QMetaObject::invokeMethod(this, "noticeLoss", Qt::QueuedConnection);
-    emit interfaceError();
-}
-
-void SocketCanAdapter::noticeLoss()
-{
-    // The adapter may be open again by now.
-    if (m_channel.isLinked())
-        return;
-    m_running = false;
-    setRunningState(false);
+        tellLoss(tr("%1 does not work any more: %2. Connect again.")
+                     .arg(m_name, QString::fromLocal8Bit(std::strerror(error))));
 }
 
 /// True if the state is one that will not stay.
@@ -266,13 +190,6 @@ QString SocketCanAdapter::linkName() const
     return linkNameOf(getCanAdapterOption(OptionDeviceName).toString());
 }
 
-int SocketCanAdapter::refuse(OpenResult result, const QString &text)
-{
-    resetCounters();
-    setErrorText(text);
-    return result;
-}
-
 /// Where others were asked for than the link has, the options take over the link's.
 int SocketCanAdapter::adoptSettings(const LinkProperties &link)
 {
@@ -288,19 +205,12 @@ int SocketCanAdapter::adoptSettings(const LinkProperties &link)
     return OpenOtherSettings;
 }
 
-void SocketCanAdapter::readSettings()
+void SocketCanAdapter::readReceiveSettings()
 {
-    readSendSettings();
     m_logErrors = getCanAdapterOption(OptionLogErrorFrames).toBool();
     const bool continuous = getCanAdapterOption(OptionContinuousSystemTime).toBool();
     const bool systemTime = getCanAdapterOption(OptionSystemTimestamp).toBool();
     m_clock.start(!systemTime      ? FrameClock::ControllerTime
                       : continuous ? FrameClock::ContinuousTime
                                    : FrameClock::TimeOfDay);
-}
-
-void SocketCanAdapter::readSendSettings()
-{
-    m_canFd = getCanAdapterOption(OptionUseCanFd).toBool();
-    m_silent = listenOnly || getCanAdapterOption(OptionListenOnly).toBool();
 }

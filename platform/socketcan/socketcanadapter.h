@@ -1,8 +1,8 @@
 #pragma once
 
-#include "adaptercontract.h"
 #include "canchannel.h"
 #include "linkproperties.h"
+#include "threadedadapter.h"
 
 #include <QLoggingCategory>
 
@@ -22,10 +22,8 @@ Q_DECLARE_LOGGING_CATEGORY(lcSocketCan)
 /// not counted as received. Listen-only means that write() refuses: whether the controller acknowledges what others
 /// send is the administrator's choice.
 ///
-/// The settings that sending needs are read in open() and setRunning(true), all others in open(). close() waits for the
-/// receive thread, hence for a slot that just runs on it. Called by such a slot itself, it takes place later, on the
-/// adapter's thread.
-class SocketCanAdapter : public AbstractCanAdapter, private CanChannelListener
+/// The settings that sending does not need are read in open().
+class SocketCanAdapter : public ThreadedAdapter, private CanChannelListener
 {
     Q_OBJECT
 
@@ -33,45 +31,35 @@ public:
     explicit SocketCanAdapter(const QString &device, QObject *parent = nullptr);
     ~SocketCanAdapter() override;
 
-    int open() override;
-    void close() override;
     void setBitrate(quint16 bitrate) override;
     void setFdBitrate(quint16 bitrate) override;
-    int getDeviceNumber() override;
-    void setRunning(bool running) override;
     QList<AdapterOption> getSupportedOptions() override;
     CAN::CANBitTimingThresholds getThresholds(bool dataPhase) override;
-    WriteResult write(CAN::CanMessage *message) override;
 
 protected:
+    int openLink() override;
     /// Opens on an open socket in place of one of the link's.
     int openOn(FileDescriptor socket, const LinkProperties &link);
 
-private slots:
-    void noticeLoss();
-
 private:
+    void endLink() override { m_channel.stop(); }
+    bool isLinked() const override { return m_channel.isLinked(); }
+    bool isReceiveThread() const override { return m_channel.isReceiveThread(); }
+    WriteResult send(const CAN::CanMessage &message) override;
     void frameArrived(const canfd_frame &frame, std::size_t size, const ReceptionInfo &info) override;
     void framesDropped(quint32 frames) override;
     bool fellQuiet() override;
     void linkLost(int error) override;
 
     QString linkName() const;
-    int refuse(OpenResult result, const QString &text);
     int adoptSettings(const LinkProperties &link);
-    void readSettings();
-    void readSendSettings();
-    WriteResult send(const CAN::CanMessage &message);
+    void readReceiveSettings();
     bool askState();
     void tellState(CAN::CanState state, CanTimeStamp stamp);
 
     quint16 m_wantedBitrate = 0;   // kBit/s; 0: whatever the link has
     quint16 m_wantedFdBitrate = 0; // kBit/s
     QString m_name;
-    std::atomic<bool> m_running{false};
-    std::atomic<bool> m_closesLater{false}; ///< asked for on the receive thread, not done yet
-    std::atomic<bool> m_canFd{false};
-    std::atomic<bool> m_silent{false};
     std::atomic<bool> m_busOff{false};
     // Of the receive thread, while there is one.
     bool m_hasController = false;

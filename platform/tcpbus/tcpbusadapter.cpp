@@ -38,21 +38,14 @@ CanTimeStamp stampOf(std::chrono::system_clock::time_point time)
 } // namespace
 
 TcpBusAdapter::TcpBusAdapter(CanAdapterType type, const QString &device, QObject *parent)
-    : AbstractCanAdapter(type, device, parent)
+    : ThreadedAdapter(type, device, parent)
     , m_embedded(type == CanAdapterDemo)
     , m_client(*this)
 {
-    setCanAdapterOption(OptionUseCanFd, false);
     setCanAdapterOption(OptionDeviceData, tcpBusFeatures);
     setCanAdapterOption(OptionPort, QString::number(defaultPort));
-    setCanAdapterOption(OptionListenOnly, false);
-    setCanAdapterOption(OptionDescription, QString());
-    setCanAdapterOption(OptionLinkedAdapter, 0u);
-    setCanAdapterOption(OptionClassicBusParameter, QVariant::fromValue(CAN::CANClassicBusParameter()));
-    setCanAdapterOption(OptionFdBusParameter, QVariant::fromValue(CAN::CANFDBusParameter()));
     setCanAdapterOption(OptionBitrate, QVariant::fromValue(entryOf(tcpBusBitrates(false), defaultBitrate)));
     setCanAdapterOption(OptionFdBitrate, QVariant::fromValue(entryOf(tcpBusFdBitrates(), defaultFdBitrate)));
-    setCanAdapterOption(OptionForcedEcho, false);
     if (!m_embedded) {
         setCanAdapterOption(OptionIpAddress, QString(loopbackAddress));
         setCanAdapterOption(OptionConnectTimeout, defaultConnectTimeout);
@@ -65,38 +58,18 @@ TcpBusAdapter::~TcpBusAdapter()
     setRunningState(false);
 }
 
-int TcpBusAdapter::open()
+int TcpBusAdapter::openLink()
 {
-    if (m_client.isLinked() && !m_closesLater)
-        return OpenOk;
-    close();
-    resetCounters();
-    setErrorText({});
     if (!readPort()) {
         return refuse(OpenInvalidDevice,
                       tr("\"%1\" is no port. Enter a number from 1 to 65535 in the interface settings.")
                           .arg(getCanAdapterOption(OptionPort).toString()));
     }
-    readSettings();
     return m_embedded ? openEmbeddedBus() : openGateway();
 }
 
-void TcpBusAdapter::close()
+void TcpBusAdapter::endLink()
 {
-    m_running = false;
-    if (m_client.isReceiveThread()) {
-        m_closesLater = true;
-        // Whoever opens the adapter before that has closed it too, and must not lose the new link.
-        const auto closeIfWanted = [this] {
-            if (m_closesLater)
-                close();
-        };
-        QMetaObject::invokeMethod(this, closeIfWanted, Qt::QueuedConnection);
-        return;
-    }
-    m_closesLater = false;
-    // Before the link goes: who sends by the clock must not count what comes now as lost.
-    setRunningState(false);
     m_client.stop();
     const std::lock_guard lock(m_echoMutex);
     m_echoes.clear();
@@ -110,22 +83,6 @@ void TcpBusAdapter::setBitrate(quint16)
 void TcpBusAdapter::setFdBitrate(quint16)
 {
     // As above.
-}
-
-int TcpBusAdapter::getDeviceNumber()
-{
-    return 0;
-}
-
-void TcpBusAdapter::setRunning(bool running)
-{
-    // A link that was lost before this call stays lost; one that is lost from here on is noticed later, and last.
-    const bool runs = running && m_client.isLinked();
-    if (runs)
-        readSettings();
-    setRunningState(runs);
-    // Frames come from here on, when all who listen for the state have had their turn.
-    m_running = runs && m_client.isLinked();
 }
 
 QList<AbstractCanAdapter::AdapterOption> TcpBusAdapter::getSupportedOptions()
@@ -157,25 +114,8 @@ CAN::CANBitTimingThresholds TcpBusAdapter::getThresholds(bool dataPhase)
     return limits;
 }
 
-AbstractCanAdapter::WriteResult TcpBusAdapter::write(CAN::CanMessage *message)
-{
-    const WriteResult result = message == nullptr ? WriteInvalidFrame : send(*message);
-    if (result == WriteOk)
-        countSent();
-    else
-        countLost();
-    return result;
-}
-
 AbstractCanAdapter::WriteResult TcpBusAdapter::send(const CAN::CanMessage &message)
 {
-    if (!m_running)
-        return WriteNotOpen;
-    if (m_silent)
-        return WriteListenOnly;
-    // Only a controller reports errors; a node cannot send them.
-    if (message.errorFrame || (message.fd && !m_canFd))
-        return WriteInvalidFrame;
     switch (m_client.send(message)) {
     case BusClient::SendResult::Sent:
         break;
@@ -215,14 +155,14 @@ void TcpBusAdapter::awoken()
     }
     const auto now = std::chrono::system_clock::now();
     for (const CAN::CanMessage &message : echoes) {
-        if (m_running)
+        if (isRunning())
             handOn(message, now);
     }
 }
 
 void TcpBusAdapter::frameArrived(const CAN::CanMessage &message, std::chrono::system_clock::time_point arrival)
 {
-    if (!m_running || message.errorFrame || (message.fd && !m_canFd))
+    if (!isRunning() || message.errorFrame || (message.fd && !usesCanFd()))
         return;
     countReceived();
     handOn(message, arrival);
@@ -237,33 +177,20 @@ void TcpBusAdapter::handOn(const CAN::CanMessage &message, std::chrono::system_c
 void TcpBusAdapter::linkLost(WireFormat::Fault fault)
 {
     if (fault != WireFormat::Fault::None)
-        setErrorText(WireFormat::faultText(fault));
+        tellLoss(WireFormat::faultText(fault));
     else if (m_embedded)
-        setErrorText(
-            tr("The connection to the bus at port %1 has ended: the program that carried the bus was closed, or "
-               "this one was too slow to follow. Connect again.")
-                .arg(m_port));
+        tellLoss(tr("The connection to the bus at port %1 has ended: the program that carried the bus was closed, or "
+                    "this one was too slow to follow. Connect again.")
+                     .arg(m_port));
     else
-        setErrorText(tr("%1, port %2, has closed the connection or does not answer any more. Check the device and the "
-                        "cable, then connect again.")
-                         .arg(m_host, QString::number(m_port)));
-    // The adapter's state belongs to its own thread. By name, for no argument has to travel.
-    QMetaObject::invokeMethod(this, "noticeLoss", Qt::QueuedConnection);
-    emit interfaceError();
+        tellLoss(tr("%1, port %2, has closed the connection or does not answer any more. Check the device and the "
+                    "cable, then connect again.")
+                     .arg(m_host, QString::number(m_port)));
 }
 
 void TcpBusAdapter::framesUnsent(quint64 frames)
 {
     countLost(frames);
-}
-
-void TcpBusAdapter::noticeLoss()
-{
-    // The adapter may be open again by now.
-    if (m_client.isLinked())
-        return;
-    m_running = false;
-    setRunningState(false);
 }
 
 int TcpBusAdapter::openEmbeddedBus()
@@ -330,15 +257,7 @@ int TcpBusAdapter::openGateway()
 
 int TcpBusAdapter::joinedWith(BusLink link)
 {
-    if (m_client.start(std::move(link)))
-        return OpenOk;
-    return refuse(OpenBusy, tr("The system has no resources left for another connection."));
-}
-
-int TcpBusAdapter::refuse(OpenResult result, const QString &text)
-{
-    setErrorText(text);
-    return result;
+    return m_client.start(std::move(link)) ? int(OpenOk) : refuseForLackOfResources();
 }
 
 int TcpBusAdapter::refuseBusyPort()
@@ -356,9 +275,8 @@ bool TcpBusAdapter::readPort()
     return isNumber && m_port != 0;
 }
 
-void TcpBusAdapter::readSettings()
+void TcpBusAdapter::readSendSettings()
 {
-    m_canFd = getCanAdapterOption(OptionUseCanFd).toBool();
-    m_silent = listenOnly || getCanAdapterOption(OptionListenOnly).toBool();
+    ThreadedAdapter::readSendSettings();
     m_echo = getCanAdapterOption(OptionForcedEcho).toBool();
 }

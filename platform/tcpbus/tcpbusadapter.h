@@ -1,7 +1,7 @@
 #pragma once
 
-#include "adaptercontract.h"
 #include "busclient.h"
+#include "threadedadapter.h"
 
 #include <mutex>
 #include <vector>
@@ -14,11 +14,7 @@
 /// Such a bus has no bitrate of its own: any is accepted. What a controller with these settings could not receive is
 /// not handed on and not counted: CAN FD frames without OptionUseCanFd, reports of errors. Stamps are the system's time
 /// of day. An echo of a sent frame (OptionForcedEcho) is not counted as received.
-///
-/// The settings that sending needs are read in open() and setRunning(true); changes show from the next of these on.
-/// close() waits for the receive thread, hence for a slot that just runs on it. Called by such a slot itself, it
-/// takes place later, on the adapter's thread.
-class TcpBusAdapter : public AbstractCanAdapter, private BusListener
+class TcpBusAdapter : public ThreadedAdapter, private BusListener
 {
     Q_OBJECT
 
@@ -29,20 +25,18 @@ public:
     TcpBusAdapter(CanAdapterType type, const QString &device, QObject *parent = nullptr);
     ~TcpBusAdapter() override;
 
-    int open() override;
-    void close() override;
     void setBitrate(quint16 bitrate) override;
     void setFdBitrate(quint16 bitrate) override;
-    int getDeviceNumber() override;
-    void setRunning(bool running) override;
     QList<AdapterOption> getSupportedOptions() override;
     CAN::CANBitTimingThresholds getThresholds(bool dataPhase) override;
-    WriteResult write(CAN::CanMessage *message) override;
-
-private slots:
-    void noticeLoss();
 
 private:
+    int openLink() override;
+    void endLink() override;
+    bool isLinked() const override { return m_client.isLinked(); }
+    bool isReceiveThread() const override { return m_client.isReceiveThread(); }
+    void readSendSettings() override;
+    WriteResult send(const CAN::CanMessage &message) override;
     void frameArrived(const CAN::CanMessage &message, std::chrono::system_clock::time_point arrival) override;
     void awoken() override;
     void linkLost(WireFormat::Fault fault) override;
@@ -51,21 +45,14 @@ private:
     int openEmbeddedBus();
     int openGateway();
     int joinedWith(BusLink link);
-    int refuse(OpenResult result, const QString &text);
     int refuseBusyPort();
     bool readPort();
-    void readSettings();
-    WriteResult send(const CAN::CanMessage &message);
     void echo(const CAN::CanMessage &message);
     void handOn(const CAN::CanMessage &message, std::chrono::system_clock::time_point stamp);
 
     const bool m_embedded;
     quint16 m_port = 0;
     QString m_host;
-    std::atomic<bool> m_running{false};
-    std::atomic<bool> m_closesLater{false}; ///< asked for on the receive thread, not done yet
-    std::atomic<bool> m_canFd{false};
-    std::atomic<bool> m_silent{false};
     std::atomic<bool> m_echo{false};
     std::mutex m_echoMutex;
     std::vector<CAN::CanMessage> m_echoes;

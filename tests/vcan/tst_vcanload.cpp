@@ -48,7 +48,7 @@ public:
         : SocketCanAdapter(QStringLiteral("vcan0"))
     {
     }
-    int open() override
+    int openLink() override
     {
         const std::optional<LinkProperties> link = readCanLink(QStringLiteral("vcan0"));
         CanSocket socket = openCanSocket(link->index, false, 4096);

@@ -24,7 +24,7 @@ public:
     }
     ~InjectedAdapter() override { close(); }
 
-    int open() override
+    int openLink() override
     {
         peer = std::make_unique<SocketPeer>();
         return openOn(peer->takeNear(), link);
