@@ -11,7 +11,7 @@ struct CanSocket
     int error = 0; ///< the system's error number if there is no descriptor
 };
 
-constexpr int wantedReceiveBuffer = 8 * 1024 * 1024; // bytes; some 20 s of a full bus at 1 Mbit/s
+constexpr int wantedReceiveBuffer = 8 * 1024 * 1024; // bytes; more than 2 s of a full bus at 1 Mbit/s
 
 /// With CAN FD frames, error frames, times of the kernel and of the controller, and the count of frames that found
 /// the receive buffer full.
