@@ -1,6 +1,6 @@
 #include "canreplayer.h"
 #include "fakeadapter.h"
-#include "recording.h"
+#include "textrecording.h"
 #include "toldtexts.h"
 #include "writtenframes.h"
 

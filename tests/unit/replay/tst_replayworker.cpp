@@ -1,5 +1,5 @@
 #include "fakeadapter.h"
-#include "recording.h"
+#include "textrecording.h"
 #include "replayworker.h"
 #include "toldtexts.h"
 #include "writtenframes.h"
