@@ -3,14 +3,15 @@
 
     slcan_emulator.py
 
-Prints the two terminals' names on one line, then serves until its input ends, which is as if both were unplugged.
+Prints the two terminals' names, a line each, then serves until its input ends, which is as if both were unplugged.
 `slcan_attach -n NAME TERMINAL` makes a CAN link of each, with a bitrate that can be set and a controller whose state
 the adapter reports. A line of input
 
     0 sb000255
 
 makes adapter 0 send that text: sa, sw, sp and sb report the states from error active to bus off with both error
-counters, e1a an acknowledgment error. The line "0 unplug" takes adapter 0 off, and the link with it.
+counters, e1a an acknowledgment error. The line "0 unplug" takes adapter 0 off, and the link with it; "0 plug" puts it
+on a new terminal, whose name is printed.
 """
 import os
 import pty
@@ -23,12 +24,16 @@ FRAMES = (b"t", b"T", b"r", b"R")
 
 class Adapter:
     def __init__(self):
+        self.plug()
+
+    def plug(self):
         # The slave end stays open: with its last close the line ends, and the link with it.
         self.master, self.slave = pty.openpty()
         for end in (self.master, self.slave):
             tty.setraw(end)
         self.pending = b""
         self.is_open = False
+        print(os.ttyname(self.slave), flush=True)
 
     def is_plugged(self):
         return self.master >= 0
@@ -62,7 +67,9 @@ def serve(adapter, other):
 
 def obey(order, adapters):
     adapter = adapters[int(order[:1])]
-    if order[2:] == b"unplug":
+    if order[2:] == b"plug":
+        adapter.plug()
+    elif order[2:] == b"unplug":
         adapter.unplug()
     else:
         adapter.send(order[2:])
@@ -70,7 +77,6 @@ def obey(order, adapters):
 
 def main():
     adapters = [Adapter(), Adapter()]
-    print(*(os.ttyname(adapter.slave) for adapter in adapters), flush=True)
     orders = b""
     while True:
         plugged = [adapter for adapter in adapters if adapter.is_plugged()]

@@ -1,6 +1,5 @@
-#include "applicationinterfacehandler.h"
-
-#include "messageboxes.h"
+#include "connectionbench.h"
+#include "slcanpair.h"
 #include "vcanbench.h"
 
 using Adapter = AbstractCanAdapter;
@@ -12,40 +11,14 @@ class TestVcanConnection : public QObject
 
 private slots:
     void adaptersOfSeveralKindsConnectTogether();
-    void systemsBitrateWinsOverTheSavedOne();
+    void systemWinsOverTheSavedSettings_data();
+    void systemWinsOverTheSavedSettings();
     void linkThatGoesDownEndsTheConnection();
 };
 
-namespace {
-/// A handler with what an application hands to it.
-struct Bench
-{
-    SettingsDatabase settings{nullptr};
-    QPointer<DatachunkHandler> trace{new DatachunkHandler(qApp)};
-    MultiCanAdapterHandler adapters;
-    QPointer<Adapter> primary;
-    QPointer<CanScheduler> scheduler;
-    MessageBoxes boxes;
-    ApplicationInterfaceHandler handler{&settings, trace, &adapters, primary, scheduler, nullptr};
-
-    ~Bench()
-    {
-        handler.disconnectFromAdapter();
-        delete trace;
-    }
-
-    Adapter *add(Adapter::CanAdapterType type, const char *device)
-    {
-        Adapter *adapter = CanAdapterFactory::createCanAdapter(type, QString::fromLatin1(device));
-        adapters.addNewCanAdapter(adapter, adapters.getAdapterCount() == 0, true, false);
-        return adapter;
-    }
-};
-} // namespace
-
 void TestVcanConnection::adaptersOfSeveralKindsConnectTogether()
 {
-    Bench bench;
+    ConnectionBench bench;
     Adapter *first = bench.add(Adapter::CanAdapterSocketCan, "vcan0");
     Adapter *second = bench.add(Adapter::CanAdapterSocketCan, "vcan1");
     Adapter *demo = bench.add(Adapter::CanAdapterDemo, "Demo 1");
@@ -63,25 +36,42 @@ void TestVcanConnection::adaptersOfSeveralKindsConnectTogether()
     QTRY_COMPARE(bench.trace->getMessageCount(), 1u);
 }
 
-void TestVcanConnection::systemsBitrateWinsOverTheSavedOne()
+void TestVcanConnection::systemWinsOverTheSavedSettings_data()
 {
-    Bench bench;
-    Adapter *adapter = bench.add(Adapter::CanAdapterSocketCan, "vcan0");
-    adapter->setCanAdapterOption(Adapter::OptionUseCanFd, false);
+    QTest::addColumn<QByteArray>("link");
+    QTest::addColumn<bool>("canFd");
+    QTest::addColumn<int>("bitrate");
+    QTest::newRow("virtual link") << QByteArray("vcan0") << true << 0;
+    QTest::newRow("serial line") << QByteArray("slcan0") << false << 500;
+}
+
+void TestVcanConnection::systemWinsOverTheSavedSettings()
+{
+    QFETCH(QByteArray, link);
+    QFETCH(bool, canFd);
+    QFETCH(int, bitrate);
+    const SlcanPair lines;
+    QVERIFY(lines.isReady());
+    ConnectionBench bench;
+    Adapter *adapter = bench.add(Adapter::CanAdapterSocketCan, link.constData());
+    adapter->setCanAdapterOption(Adapter::OptionUseCanFd, !canFd);
     adapter->setCanAdapterOption(Adapter::OptionBitrate,
                                  QVariant::fromValue(CAN::CANBitrateDesc(QStringLiteral("saved"), 125, 0.8)));
     bool usesCanFd = false;
     bench.handler.connectAdapters(false, usesCanFd);
-    QVERIFY(usesCanFd);
-    QCOMPARE(adapter->getCanAdapterOption(Adapter::OptionUseCanFd), QVariant(true));
-    const CAN::CANBitrateDesc bitrate(adapter->getCanAdapterOption(Adapter::OptionBitrate));
-    QCOMPARE(bitrate.bitrate, quint16(0));
-    QCOMPARE(bitrate.name, QStringLiteral("saved"));
+    QVERIFY(adapter->getRunning());
+    QVERIFY(bench.boxes.texts().isEmpty());
+    QCOMPARE(usesCanFd, canFd);
+    QCOMPARE(adapter->getCanAdapterOption(Adapter::OptionUseCanFd), QVariant(canFd));
+    const CAN::CANBitrateDesc inUse(adapter->getCanAdapterOption(Adapter::OptionBitrate));
+    QCOMPARE(int(inUse.bitrate), bitrate);
+    QCOMPARE(inUse.name, QStringLiteral("saved"));
+    QCOMPARE(inUse.samplePoint, 0.8);
 }
 
 void TestVcanConnection::linkThatGoesDownEndsTheConnection()
 {
-    Bench bench;
+    ConnectionBench bench;
     bench.add(Adapter::CanAdapterSocketCan, "vcan0");
     bench.add(Adapter::CanAdapterSocketCan, "vcan1");
     bool usesCanFd = false;

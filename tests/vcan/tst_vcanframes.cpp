@@ -1,103 +1,13 @@
+#include "frameexamples.h"
 #include "vcanbench.h"
 
 #include <QDateTime>
 
 using Adapter = AbstractCanAdapter;
+using FrameExamples::Example;
+using FrameExamples::makeMessage;
 
 namespace {
-struct Example
-{
-    QString name;
-    CAN::CanMessage message;
-    QString text; ///< as can-utils write it
-};
-
-CAN::CanMessage makeMessage(quint32 id, const QByteArray &data, bool ext = false)
-{
-    CAN::CanMessage message;
-    message.id = id;
-    message.ext = ext;
-    message.length = static_cast<quint8>(data.size());
-    std::copy(data.begin(), data.end(), message.data);
-    return message;
-}
-
-std::vector<Example> classicExamples()
-{
-    CAN::CanMessage remote = makeMessage(0x701, {});
-    remote.rtr = true;
-    CAN::CanMessage longRemote = makeMessage(0x1BCDEF01, QByteArray(5, '\0'), true);
-    longRemote.rtr = true;
-    return {
-        {QStringLiteral("no data"), makeMessage(0, {}), QStringLiteral("000#")},
-        {QStringLiteral("eight bytes"), makeMessage(0x7FF, QByteArray::fromHex("00017F80FEFF0000")),
-         QStringLiteral("7FF#00017F80FEFF0000")},
-        {QStringLiteral("extended"), makeMessage(0x1FFFFFFF, "A", true), QStringLiteral("1FFFFFFF#41")},
-        {QStringLiteral("small extended"), makeMessage(0x12, "A", true), QStringLiteral("00000012#41")},
-        {QStringLiteral("remote"), remote, QStringLiteral("701#R")},
-        {QStringLiteral("extended remote with a length"), longRemote, QStringLiteral("1BCDEF01#R5")},
-    };
-}
-
-std::vector<Example> fdExamples()
-{
-    // The kernel marks each of them by 4; the other bits are bit rate switch and error state indicator.
-    constexpr int fdMark = 4;
-    std::vector<Example> examples;
-    for (int flags = 0; flags < 4; ++flags) {
-        CAN::CanMessage message = makeMessage(0x123, "AB");
-        message.fd = true;
-        message.brs = (flags & 1) != 0;
-        message.extraFlag = (flags & 2) != 0;
-        examples.push_back({QStringLiteral("CAN FD, flags %1").arg(flags), message,
-                            QStringLiteral("123##%1").arg(flags | fdMark) + QStringLiteral("4142")});
-    }
-    for (const int length : {0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20, 24, 32, 48, 64}) {
-        CAN::CanMessage message = makeMessage(0x1ABCDEF0, QByteArray(length, 'Z'), true);
-        message.fd = true;
-        examples.push_back({QStringLiteral("CAN FD, %1 bytes").arg(length), message,
-                            QStringLiteral("1ABCDEF0##4") + QStringLiteral("5A").repeated(length)});
-    }
-    return examples;
-}
-
-std::vector<Example> allExamples()
-{
-    std::vector<Example> all = classicExamples();
-    const std::vector<Example> fd = fdExamples();
-    all.insert(all.end(), fd.begin(), fd.end());
-    return all;
-}
-
-QStringList texts(const std::vector<Example> &examples)
-{
-    QStringList list;
-    for (const Example &example : examples)
-        list.append(example.text);
-    return list;
-}
-
-QList<CAN::CanMessage> messages(const std::vector<Example> &examples)
-{
-    QList<CAN::CanMessage> list;
-    for (const Example &example : examples)
-        list.append(example.message);
-    return list;
-}
-
-/// A file as candump writes it, with a frame each millisecond.
-bool record(QTemporaryFile &file, const std::vector<Example> &examples)
-{
-    if (!file.open())
-        return false;
-    int number = 0;
-    for (const Example &example : examples) {
-        file.write("(1000." + QByteArray::number(1000 * ++number).rightJustified(6, '0') + ") vcan1 "
-                   + example.text.toLatin1() + '\n');
-    }
-    return file.flush();
-}
-
 qint64 microseconds(CanTimeStamp stamp)
 {
     return qint64(stamp.seconds) * 1000000 + stamp.microseconds;
@@ -131,20 +41,20 @@ void TestVcanFrames::candumpSeesWhatIsWritten()
     QVERIFY(Vcan::start(*adapter));
     Vcan::Candump dump("vcan0");
     QStringList seen;
-    for (Example &example : allExamples()) {
+    for (Example &example : FrameExamples::all()) {
         QCOMPARE(adapter->write(&example.message), Adapter::WriteOk);
         seen.append(dump.frame());
     }
-    QCOMPARE(seen, texts(allExamples()));
+    QCOMPARE(seen, FrameExamples::texts(FrameExamples::all()));
 }
 
 void TestVcanFrames::whatCansendSendsArrives_data()
 {
     QTest::addColumn<CAN::CanMessage>("message");
     QTest::addColumn<QString>("text");
-    for (const Example &example : classicExamples())
+    for (const Example &example : FrameExamples::classic())
         QTest::newRow(qPrintable(example.name)) << example.message << example.text;
-    const Example longest = fdExamples().back();
+    const Example longest = FrameExamples::fd().back();
     QTest::newRow(qPrintable(longest.name)) << longest.message << longest.text;
 }
 
@@ -168,7 +78,7 @@ void TestVcanFrames::pythonAnswers()
     Vcan::Tool python(QStringLiteral("/usr/bin/python3 " VCAN_FOLDER "/python_echo.py vcan1"));
     QCOMPARE(python.line(), QStringLiteral("ready"));
     QList<CAN::CanMessage> answers;
-    for (Example &example : allExamples()) {
+    for (Example &example : FrameExamples::all()) {
         QCOMPARE(adapter->write(&example.message), Adapter::WriteOk);
         example.message.id ^= 1;
         answers.append(example.message);
@@ -198,13 +108,13 @@ void TestVcanFrames::fullDuplexTestOfCanUtilsPasses()
 void TestVcanFrames::recordingComesBackByCanplayer()
 {
     QTemporaryFile file;
-    QVERIFY(record(file, allExamples()));
+    QVERIFY(FrameExamples::record(file, "vcan1", FrameExamples::all()));
     const Vcan::AdapterPtr adapter = Vcan::makeAdapter("vcan1");
     AdapterRecord received(*adapter);
     QVERIFY(Vcan::start(*adapter));
     QVERIFY(Vcan::run(QStringLiteral("canplayer -I ") + file.fileName()));
-    QVERIFY(received.waitForFrames(allExamples().size()));
-    QVERIFY(received.frames() == messages(allExamples()));
+    QVERIFY(received.waitForFrames(FrameExamples::all().size()));
+    QVERIFY(received.frames() == FrameExamples::messages(FrameExamples::all()));
 }
 
 void TestVcanFrames::errorFrameIsHandedOnIfWanted()

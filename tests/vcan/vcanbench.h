@@ -2,6 +2,7 @@
 
 #include "adaptercontract.h"
 #include "adaptercontracttest.h"
+#include "candumpline.h"
 
 #include <QFile>
 #include <QProcess>
@@ -109,8 +110,17 @@ public:
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     }
 
-    /// The next frame, without its time and its link: "123#1122".
-    QString frame() { return m_tool.line().section(QLatin1Char(' '), 2); }
+    /// The next frame; one without a text if none comes.
+    CandumpLine line() { return CandumpLine::parse(m_tool.line()); }
+    QList<CandumpLine> lines(int count)
+    {
+        QList<CandumpLine> list;
+        while (list.size() < count && (list.isEmpty() || !list.last().frame.isEmpty()))
+            list.append(line());
+        return list;
+    }
+    /// The next frame without its time: "123#1122".
+    QString frame() { return line().frame; }
 
 private:
     const int m_before;
