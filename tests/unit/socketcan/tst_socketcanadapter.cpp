@@ -1,7 +1,5 @@
-#include "socketcanadapter.h"
-
 #include "adaptercontracttest.h"
-#include "socketpeer.h"
+#include "injectedadapter.h"
 
 #include <QtTest>
 
@@ -11,36 +9,6 @@
 using Adapter = AbstractCanAdapter;
 
 namespace {
-/// On a socket that needs no kernel with CAN, and on a link as the test describes it.
-class InjectedAdapter : public SocketCanAdapter
-{
-public:
-    explicit InjectedAdapter(const QString &device = QStringLiteral("can0|test"))
-        : SocketCanAdapter(device)
-    {
-        link.name = QStringLiteral("can0");
-        link.isUp = true;
-        link.mtu = CANFD_MTU;
-    }
-    ~InjectedAdapter() override { close(); }
-
-    int openLink() override
-    {
-        peer = std::make_unique<SocketPeer>();
-        return openOn(peer->takeNear(), link);
-    }
-    bool start()
-    {
-        if (open() != OpenOk)
-            return false;
-        setRunning(true);
-        return getRunning();
-    }
-
-    LinkProperties link;
-    std::unique_ptr<SocketPeer> peer;
-};
-
 CAN::CanMessage message(quint32 id)
 {
     CAN::CanMessage made;
