@@ -17,7 +17,8 @@ namespace {
 // Enough that a flood costs few calls of the system, and small enough to stay in the cache.
 constexpr int batchSize = 128;
 // Frames that come closer than this, in ns, come in masses.
-constexpr qint64 busyDistance = 500000;
+constexpr qint64 massDistance = 500000;
+constexpr qint64 flowDistance = std::chrono::nanoseconds(CanChannel::flowTime).count();
 // The queue of a link that is full says nothing when it has room again.
 constexpr std::chrono::microseconds fullQueuePause(500);
 constexpr short ends = POLLHUP | POLLNVAL;
@@ -80,9 +81,11 @@ bool CanChannel::start(FileDescriptor socket)
     m_stopping = false;
     m_stalled = false;
     m_failure = 0;
-    m_isBusy = false;
+    m_pace = Pace::Alone;
     m_lastStamp = 0;
     m_dropped = 0;
+    const timeval limit = {0, std::chrono::microseconds(flowTime).count()};
+    ::setsockopt(m_socket.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     tick(true);
     m_linked = true;
     try {
@@ -168,11 +171,8 @@ void CanChannel::receiveLoop()
     m_receiverId = std::this_thread::get_id();
     const auto batch = std::make_unique<Batch>();
     int error = 0;
-    while (error == 0 && !m_stopping) {
-        error = m_isBusy ? gatherFrames() : waitForFrames();
-        if (error == 0)
-            error = receiveBatch(*batch);
-    }
+    while (error == 0 && !m_stopping)
+        error = receiveNext(*batch);
     noticeDrops(droppedFrames(m_socket, m_dropped));
     if (!m_stopping.load()) {
         m_linked = false;
@@ -180,6 +180,17 @@ void CanChannel::receiveLoop()
         m_listener.linkLost(error);
     }
     m_receiverId = std::thread::id();
+}
+
+/// @return what ended the link, or 0
+int CanChannel::receiveNext(Batch &batch)
+{
+    int error = m_failure;
+    if (m_pace == Pace::Alone)
+        error = waitForFrames();
+    else if (m_pace == Pace::InMasses)
+        error = gatherFrames();
+    return error != 0 ? error : receiveBatch(batch);
 }
 
 /// @return what ended the link, or 0
@@ -207,9 +218,10 @@ int CanChannel::waitForFrames()
 /// @return what ended the link, or 0
 int CanChannel::receiveBatch(Batch &batch)
 {
-    const int count = ::recvmmsg(m_socket.get(), batch.headers, batchSize, MSG_DONTWAIT, nullptr);
+    const int wait = m_pace == Pace::Flowing ? MSG_WAITFORONE : MSG_DONTWAIT;
+    const int count = ::recvmmsg(m_socket.get(), batch.headers, batchSize, wait, nullptr);
     if (count < 0) {
-        m_isBusy = false;
+        m_pace = m_pace == Pace::InMasses ? Pace::Flowing : Pace::Alone;
         return isTransient(errno) ? 0 : errno;
     }
     m_cameSinceTick = true;
@@ -243,7 +255,10 @@ bool CanChannel::handOn(const Batch &batch, int count)
 void CanChannel::noticeRate(int count, qint64 stamp)
 {
     const qint64 passed = stamp - std::exchange(m_lastStamp, stamp);
-    m_isBusy = stamp != 0 && passed >= 0 && passed < count * busyDistance;
+    if (stamp != 0 && passed >= 0 && passed < count * massDistance)
+        m_pace = Pace::InMasses;
+    else
+        m_pace = passed < flowDistance ? Pace::Flowing : Pace::Alone;
 }
 
 void CanChannel::noticeDrops(quint32 total)

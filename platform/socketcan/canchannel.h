@@ -31,8 +31,9 @@ protected:
 
 /// Receives from a raw socket on a thread of its own, and sends on the callers' threads.
 ///
-/// A frame is handed on at once, unless more than some 2,000 a second come in: then they gather for gatherTime, and are
-/// fetched together, for most of what a frame costs is the way into the kernel and back.
+/// Most of what a frame costs is the way into the kernel and back. So there is one for each frame that follows another
+/// soon: the thread then waits within the kernel's function that fetches it. When more than some 2,000 a second come in,
+/// they gather for gatherTime, and are fetched together. All other frames are handed on at once.
 ///
 /// start() and stop() belong to one thread, which is not the receive thread; the rest may be called from any.
 class CanChannel
@@ -43,12 +44,14 @@ public:
     static constexpr std::chrono::milliseconds sendTimeout = std::chrono::seconds(1);
     static constexpr std::chrono::milliseconds quietTime{250};
     static constexpr std::chrono::milliseconds gatherTime{1};
+    /// How long the thread stays deaf to stop() at the most.
+    static constexpr std::chrono::milliseconds flowTime{20};
 
     /// @param listener outlives the channel
     explicit CanChannel(CanChannelListener &listener);
     ~CanChannel();
 
-    /// @param socket gives and takes one frame a call
+    /// @param socket gives and takes one frame a call, and waits for it unless told otherwise
     /// @return false if the system has no threads or descriptors left for it
     bool start(FileDescriptor socket);
     /// Ends the link. Waits for the listener's function that is just running, and for senders, who give up. Harmless
@@ -66,11 +69,14 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     struct Batch;
+    /// How frames have come in lately.
+    enum class Pace { Alone, Flowing, InMasses };
 
     SendResult sendOnce(const canfd_frame &frame, std::size_t size, int &error) const;
     bool waitForRoom(int error, Clock::time_point deadline) const;
     void fail(int error);
     void receiveLoop();
+    int receiveNext(Batch &batch);
     int gatherFrames();
     int waitForFrames();
     int receiveBatch(Batch &batch);
@@ -82,7 +88,7 @@ private:
 
     CanChannelListener &m_listener;
     FileDescriptor m_socket;
-    FileDescriptor m_wake; // once written to, whoever waits gives up
+    FileDescriptor m_wake; // once written to, whoever polls gives up
     FileDescriptor m_timer;
     mutable std::shared_mutex m_useMutex; // shared: the descriptors are in use by a sender
     std::thread m_receiver;
@@ -94,7 +100,7 @@ private:
     // Of the receive thread.
     bool m_ticks = false;
     bool m_cameSinceTick = false;
-    bool m_isBusy = false;
+    Pace m_pace = Pace::Alone;
     qint64 m_lastStamp = 0; // ns since 1970
     quint32 m_dropped = 0;
 };

@@ -51,7 +51,7 @@ int pendingError(const FileDescriptor &socket)
 
 CanSocket openCanSocket(int link, bool ownFrames, int receiveBuffer)
 {
-    FileDescriptor socket(::socket(PF_CAN, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, CAN_RAW));
+    FileDescriptor socket(::socket(PF_CAN, SOCK_RAW | SOCK_CLOEXEC, CAN_RAW));
     if (!socket.isValid() || !configure(socket, ownFrames, receiveBuffer) || !bindTo(socket, link))
         return {{}, errno};
     const int error = pendingError(socket);
