@@ -4,7 +4,9 @@
 //
 //     bench_socketcan [seconds a measurement]
 //
-// Where the kernel knows no CAN, the program starts itself anew in a machine whose kernel does.
+// Four links carry the load, vcan0 to vcan3, with an adapter or a loop each: a quiet bus takes too little time to be
+// measured alone. Where they are missing, the program starts itself anew in a machine whose kernel knows CAN. The clocks
+// there move in steps of 10 ms, which is sampling: so frames come at random within their period.
 
 #include "cansocket.h"
 #include "rtnetlink.h"
@@ -17,33 +19,42 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cmath>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
 #include <functional>
+#include <random>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace {
 constexpr int batchSize = 128;
 constexpr int rounds = 3;
 constexpr qint64 second = 1000000000;
-const QString linkName = QStringLiteral("vcan0");
+constexpr int linkCount = 4;
 
 struct Load
 {
     const char *name;
+    int links;
     int framesAPeriod;
-    qint64 period; // ns
+    qint64 period; // ns, of one link
 };
 
 // Adapters on USB hand on what came within a few hundred microseconds together.
 constexpr Load loads[] = {
-    {"8,000/s, one by one", 1, second / 8000},
-    {"8,000/s, by tens", 10, second / 800},
-    {"40,000/s, by tens", 10, second / 4000},
+    {"4 x 500/s, one by one", 4, 1, second / 500},    {"4 x 1,000/s, one by one", 4, 1, second / 1000},
+    {"4 x 1,900/s, one by one", 4, 1, second / 1900}, {"8,000/s, one by one", 1, 1, second / 8000},
+    {"8,000/s, by tens", 1, 10, second / 800},        {"40,000/s, by tens", 1, 10, second / 4000},
 };
+
+QString linkName(int link)
+{
+    return QStringLiteral("vcan%1").arg(link);
+}
 
 qint64 now(clockid_t clock)
 {
@@ -58,27 +69,40 @@ void sleepUntil(qint64 deadline)
     ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr);
 }
 
-FileDescriptor openLink()
+FileDescriptor openLink(int number)
 {
-    const std::optional<LinkProperties> link = readCanLink(linkName);
+    const std::optional<LinkProperties> link = readCanLink(linkName(number));
     return link ? openCanSocket(link->index, false).descriptor : FileDescriptor();
+}
+
+std::vector<FileDescriptor> openLinks(int count)
+{
+    std::vector<FileDescriptor> links;
+    for (int number = 0; number < count; ++number)
+        links.push_back(openLink(number));
+    return links;
 }
 
 /// @return frames sent
 quint64 send(const Load &load, qint64 duration)
 {
-    const FileDescriptor socket = openLink();
+    const std::vector<FileDescriptor> links = openLinks(load.links);
     can_frame frame = {};
     frame.can_id = 0x123;
     frame.can_dlc = 8;
     quint64 sent = 0;
+    std::minstd_rand random;
+    const qint64 step = load.period / load.links;
+    std::uniform_int_distribution<qint64> withinStep(0, step - 1);
     const qint64 begin = now(CLOCK_MONOTONIC);
-    for (qint64 next = begin; next < begin + duration; next += load.period) {
-        sleepUntil(next);
+    std::size_t link = 0;
+    for (qint64 next = begin; next < begin + duration; next += step) {
+        sleepUntil(next + withinStep(random));
         for (int i = 0; i < load.framesAPeriod; ++i) {
-            if (::send(socket.get(), &frame, sizeof frame, 0) == sizeof frame)
+            if (::send(links[link].get(), &frame, sizeof frame, 0) == sizeof frame)
                 ++sent;
         }
+        link = (link + 1) % links.size();
     }
     return sent;
 }
@@ -101,12 +125,12 @@ struct Batch
     alignas(cmsghdr) char controls[batchSize][ReceptionInfo::controlSize] = {};
 };
 
-void receiveBare(const std::function<void()> &ready)
+using Ready = std::function<void()>;
+
+void receiveBare(int link)
 {
-    const FileDescriptor socket = openLink();
-    ::fcntl(socket.get(), F_SETFL, 0);
+    const FileDescriptor socket = openLink(link);
     Batch batch;
-    ready();
     for (;;) {
         for (mmsghdr &header : batch.headers)
             header.msg_hdr.msg_controllen = ReceptionInfo::controlSize;
@@ -114,32 +138,51 @@ void receiveBare(const std::function<void()> &ready)
     }
 }
 
-void receiveByAdapter(const std::function<void()> &ready)
+void receiveBare(int links, const Ready &ready)
 {
-    int argumentCount = 0;
-    const QCoreApplication application(argumentCount, nullptr);
-    SocketCanAdapter adapter(linkName);
-    quint64 frames = 0;
-    QObject::connect(
-        &adapter, &AbstractCanAdapter::newCanMessage, &adapter, [&frames] { ++frames; }, Qt::DirectConnection);
-    adapter.open();
-    adapter.setRunning(true);
+    for (int link = 0; link < links; ++link)
+        std::thread([link] { receiveBare(link); }).detach();
     ready();
     ::pause();
 }
 
-void receiveByCandump(const std::function<void()> &)
+void receiveByAdapter(int links, const Ready &ready)
+{
+    int argumentCount = 0;
+    const QCoreApplication application(argumentCount, nullptr);
+    std::vector<std::unique_ptr<SocketCanAdapter>> adapters;
+    std::atomic<quint64> frames{0};
+    for (int link = 0; link < links; ++link) {
+        adapters.push_back(std::make_unique<SocketCanAdapter>(linkName(link)));
+        SocketCanAdapter *adapter = adapters.back().get();
+        QObject::connect(
+            adapter, &AbstractCanAdapter::newCanMessage, adapter, [&frames] { ++frames; }, Qt::DirectConnection);
+        adapter->open();
+        adapter->setRunning(true);
+    }
+    ready();
+    ::pause();
+}
+
+void receiveByCandump(int links, const Ready &)
 {
     const int file = ::open("/tmp/bench_socketcan.log", O_CREAT | O_TRUNC | O_WRONLY, 0644);
     ::dup2(file, STDOUT_FILENO);
-    ::execlp("candump", "candump", "-L", qPrintable(linkName), nullptr);
+    std::vector<std::string> arguments = {"candump", "-L"};
+    for (int link = 0; link < links; ++link)
+        arguments.push_back(linkName(link).toStdString());
+    std::vector<char *> pointers;
+    for (std::string &argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    ::execvp(pointers.front(), pointers.data());
     std::_Exit(1);
 }
 
 struct Contender
 {
     const char *name;
-    void (*receive)(const std::function<void()> &ready);
+    void (*receive)(int links, const Ready &ready);
     bool saysReady;
 };
 
@@ -149,15 +192,28 @@ constexpr Contender contenders[] = {
     {"candump", receiveByCandump, false},
 };
 
-/// CPU time of another process in ns a frame. The clock moves in steps of 10 ms there.
-double measure(const Contender &contender, const Load &load, qint64 duration)
+struct Price
+{
+    qint64 time = 0; // ns
+    quint64 frames = 0;
+
+    double microsecondsAFrame() const { return double(time) / 1000 / double(frames); }
+    void add(const Price &other)
+    {
+        time += other.time;
+        frames += other.frames;
+    }
+};
+
+/// What another process took for the load.
+Price measure(const Contender &contender, const Load &load, qint64 duration)
 {
     int pipeEnds[2] = {};
     if (::pipe(pipeEnds) != 0)
-        return NAN;
+        return {};
     const pid_t child = ::fork();
     if (child == 0) {
-        contender.receive([&] {
+        contender.receive(load.links, [&] {
             const char byte = 1;
             if (::write(pipeEnds[1], &byte, 1) != 1)
                 std::_Exit(1);
@@ -166,7 +222,7 @@ double measure(const Contender &contender, const Load &load, qint64 duration)
     }
     char byte = 0;
     if (contender.saysReady && ::read(pipeEnds[0], &byte, 1) != 1)
-        return NAN;
+        return {};
     // What comes up with the first frames is no part of the price of a frame.
     send(load, second / 2);
     clockid_t clock = 0;
@@ -179,29 +235,23 @@ double measure(const Contender &contender, const Load &load, qint64 duration)
     ::waitpid(child, nullptr, 0);
     ::close(pipeEnds[0]);
     ::close(pipeEnds[1]);
-    return double(used) / double(frames);
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
+    return {used, frames};
 }
 
 void run(qint64 duration)
 {
-    std::printf("CPU time in microseconds a frame, medians of %d\n\n%-22s%10s%10s%10s%22s\n", rounds, "load", "adapter",
-                "recvmmsg", "candump", "adapter / recvmmsg");
+    std::printf("CPU time in microseconds a frame, over %d rounds\n\n%-26s%10s%10s%10s%22s\n", rounds, "load",
+                "adapter", "recvmmsg", "candump", "adapter / recvmmsg");
     for (const Load &load : loads) {
         // In turn, so that what else goes on in this computer meets all of them.
-        std::vector<double> times[std::size(contenders)];
+        Price prices[std::size(contenders)];
         for (int round = 0; round < rounds; ++round) {
             for (std::size_t i = 0; i < std::size(contenders); ++i)
-                times[i].push_back(measure(contenders[i], load, duration));
+                prices[i].add(measure(contenders[i], load, duration));
         }
-        const double adapter = median(times[0]);
-        const double bare = median(times[1]);
-        std::printf("%-22s%10.2f%10.2f%10.2f%22.2f\n", load.name, adapter / 1000, bare / 1000, median(times[2]) / 1000,
+        const double adapter = prices[0].microsecondsAFrame();
+        const double bare = prices[1].microsecondsAFrame();
+        std::printf("%-26s%10.2f%10.2f%10.2f%22.2f\n", load.name, adapter, bare, prices[2].microsecondsAFrame(),
                     adapter / bare);
         std::fflush(stdout);
     }
@@ -210,12 +260,15 @@ void run(qint64 duration)
 
 int main(int argc, char *argv[])
 {
-    if (!openLink().isValid()) {
-        ::execl(VCAN_RUN, VCAN_RUN, "-t", "600", argv[0], argc > 1 ? argv[1] : nullptr, nullptr);
+    const std::vector<FileDescriptor> links = openLinks(linkCount);
+    if (!std::all_of(links.begin(), links.end(), [](const FileDescriptor &link) { return link.isValid(); })) {
+        const char *const script = "for link in vcan2 vcan3; do ip link add $link mtu 72 up type vcan || exit; done\n"
+                                   "exec \"$0\" \"$@\"";
+        ::execl(VCAN_RUN, VCAN_RUN, "-t", "1800", "bash", "-c", script, argv[0], argc > 1 ? argv[1] : nullptr, nullptr);
         std::perror(VCAN_RUN);
         return 1;
     }
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 1.0;
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 3.0;
     run(qint64(seconds * double(second)));
     return 0;
 }
