@@ -1,6 +1,7 @@
 #include "canbusparameterdialog.h"
 #include "ui_canbusparameterdialog.h"
 
+#include <QLayout>
 #include <QPushButton>
 #include <QTimer>
 
@@ -148,6 +149,7 @@ void CANBusParameterDialog::updateBitrateValues()
     const bool changed = timingsChanged();
     ui->lblTimingsChanged->setText(changed ? tr("Timings changed, you'll need to update bitrate.") : QString());
     ui->buttonBox->setEnabled(!changed);
+    makeRoomForWarnings();
 }
 
 void CANBusParameterDialog::updateTimingValues()
@@ -155,6 +157,19 @@ void CANBusParameterDialog::updateTimingValues()
     const bool changed = bitrateChanged();
     ui->lblBitrateChanged->setText(changed ? tr("Bitrate values changed,\nyou'll need to update timings.") : QString());
     ui->buttonBox->setEnabled(!changed);
+    makeRoomForWarnings();
+}
+
+// No window asks its layout by itself what height a wrapped text needs.
+void CANBusParameterDialog::makeRoomForWarnings()
+{
+    if (!isVisible())
+        return;
+    for (QLayout *changed : {ui->gbBitrate->layout(), ui->gbTimings->layout(), layout()})
+        changed->activate();
+    const int needed = layout()->totalHeightForWidth(width());
+    if (needed > height())
+        resize(width(), needed);
 }
 
 // For records whose sample point the form cannot show: nobody shall accept what was rounded without having seen it, and

@@ -60,6 +60,7 @@ private:
     bool timingsChanged();
     bool bitrateChanged();
     void withholdOkWhileBitrateIsStale();
+    void makeRoomForWarnings();
 
     std::unique_ptr<Ui_CANBusParameterDialog> ui;
     CAN::CANBitTimingThresholds thresholds = {8, 1, 128, 3, 16, 2, 8, 8, false};

@@ -38,6 +38,7 @@ private slots:
     void buttonsCloseTheDialog();
     void enterAccepts();
     void enterDoesNothingWhileOkIsWithheld();
+    void warningsFindTheirRoom();
     void focusStartsAtTheName();
     void tabKeyWalksInReadingOrder();
 
@@ -285,6 +286,21 @@ void TestCANBusParameterDialog::enterDoesNothingWhileOkIsWithheld()
     QVERIFY(m_form->dialog.isVisible());
     QCOMPARE(m_form->number("sbTSeg1"), 13);
     QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, no ok"));
+}
+
+void TestCANBusParameterDialog::warningsFindTheirRoom()
+{
+    m_form->dialog.setValues(dataTiming(), AbstractCanAdapter::CanAdapterIxxatVci3);
+    QVERIFY(m_form->show());
+    const int controlHeight = m_form->find("sbTSeg1")->height();
+    m_form->setNumber("sbBitrate", 500);
+    m_form->setNumber("sbTSeg1", 5);
+    QTRY_VERIFY(m_form->find("lblTimingsChanged")->height() > 0);
+    for (const char *name : {"lblBitrateChanged", "lblTimingsChanged"}) {
+        const auto *label = m_form->find<QLabel>(name);
+        QVERIFY2(label->height() >= label->heightForWidth(label->width()), name);
+    }
+    QCOMPARE(m_form->find("sbTSeg1")->height(), controlHeight);
 }
 
 void TestCANBusParameterDialog::focusStartsAtTheName()
