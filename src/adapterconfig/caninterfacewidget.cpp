@@ -2,17 +2,35 @@
 #include "ui_caninterfacewidget.h"
 
 #include "addresscheck.h"
+#include "adaptertype.h"
+#include "changewatch.h"
+#include "interfaceoptions.h"
+#include "labelcolumn.h"
+#include "linkedadapters.h"
+#include "typetreatment.h"
 
+#include <QEvent>
 #include <QRegularExpressionValidator>
+#include <QShowEvent>
 
 namespace {
-constexpr int addressPage = 1;
+using Adapter = AbstractCanAdapter;
+
+constexpr int changeInterval = 250; // ms
 constexpr int highestSerialBaudrate = 9999999;
 
 // The values of OptionStopBits.
 constexpr unsigned int oneStopBit = 1;
 constexpr unsigned int twoStopBits = 2;
 constexpr unsigned int oneAndAHalfStopBits = 3;
+
+bool saysTheSame(const Adapter &adapter, const Adapter::SocketCANProps &props)
+{
+    const CAN::CANBitrateDesc bitrate = adapter.getCanAdapterOption(Adapter::OptionBitrate);
+    const CAN::CANBitrateDesc fdBitrate = adapter.getCanAdapterOption(Adapter::OptionFdBitrate);
+    return adapter.getCanAdapterOption(Adapter::OptionUseCanFd).toBool() == props.canFd
+        && bitrate.bitrate == props.bitrate && fdBitrate.bitrate == props.fdBitrate;
+}
 } // namespace
 
 CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
@@ -22,6 +40,9 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
 {
     ui->setupUi(this);
     capabilities.setControls({ui->chLogErrorFrames, ui->cbListenOnly, ui->cbLowSpeed, ui->cbAutoBusOn});
+    bitrates.setControls(
+        {ui->cbBitrate, ui->cbCanFdDataBitrate, ui->btnEdtClassicBitrate, ui->btnEdtFDBitrate, ui->lblBtr, ui->edtBtr});
+    alignColumns();
     ui->lblAdapterChanged->hide();
     ui->cbAutoBusOn->setProperty("changeable", true);
     fillTypeList();
@@ -42,8 +63,11 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
     enableLowSpeedCheckBox(false);
     enableAutoBusOnCheckBox(false, false);
     registerDeviceChangeNotification();
+    connect(CanAdapterFactory::notifier(), &CanAdapterNotifier::devicesChanged, this,
+            &CanInterfaceWidget::refreshDevices);
 
     changeTimer = new QTimer(this);
+    connect(changeTimer, &QTimer::timeout, this, &CanInterfaceWidget::checkForChanges);
     fillXm3FilterModeCombobox();
     showForcedEcho(false);
 }
@@ -52,6 +76,8 @@ CanInterfaceWidget::~CanInterfaceWidget()
 {
     if (changeTimer)
         changeTimer->stop();
+    // It may be a child of the form, and die after all this.
+    setCurrentAdapter(nullptr);
 }
 
 /// The types that there are take the place of the usual ones.
@@ -63,6 +89,13 @@ void CanInterfaceWidget::fillTypeList()
         ui->cbCanInterfaceType->addItem(name, static_cast<unsigned int>(type));
 }
 
+void CanInterfaceWidget::fillXm3FilterModeCombobox()
+{
+    const QStringList modes = {tr("No filter"), tr("CAN ID filter"), tr("Acceptance filter")};
+    for (int mode = 0; mode < modes.size(); ++mode)
+        ui->xm3cbFilterMode->addItem(modes[mode], mode);
+}
+
 void CanInterfaceWidget::limitInput()
 {
     ui->cb_Baudrate->setEditable(true);
@@ -71,15 +104,153 @@ void CanInterfaceWidget::limitInput()
     ui->le_port->setValidator(new QRegularExpressionValidator(portPattern(), this));
 }
 
+void CanInterfaceWidget::alignColumns()
+{
+    alignLabels({ui->lblCanInterfaceType, ui->lblCanDevice, ui->lblBitrate, ui->lblDescription, ui->lblLinkedAdapter,
+                 ui->lblUsdoId});
+    alignLabels({ui->lblIpAddress, ui->lblPort, ui->lblReconnectTimeout, ui->lblConnectTimeout,
+                 ui->lblDisconnectTimeout, ui->lblIpProtocol});
+    alignLabels({ui->lblXm3FilterMode, ui->lblXm3CanId_1, ui->lblXm3CanId_2, ui->lblXm3CanId_3, ui->lblXm3CanId_4,
+                 ui->lblXm3FilterAMR, ui->lblXm3FilterACR});
+}
+
+// ---- The current adapter.
+
 void CanInterfaceWidget::setCurrentAdapter(AbstractCanAdapter *adapter)
 {
+    if (currentAdapter != nullptr)
+        disconnect(currentAdapter, &QObject::destroyed, this, &CanInterfaceWidget::forgetAdapter);
     currentAdapter = adapter;
+    if (currentAdapter != nullptr)
+        connect(currentAdapter, &QObject::destroyed, this, &CanInterfaceWidget::forgetAdapter);
+}
+
+void CanInterfaceWidget::forgetAdapter()
+{
+    currentAdapter = nullptr;
 }
 
 void CanInterfaceWidget::setAdapterMap(QMap<unsigned short, QPointer<AbstractCanAdapter>> *map)
 {
     adapterMap = map;
 }
+
+void CanInterfaceWidget::updateValues()
+{
+    setUpdatesEnabled(false);
+    updateLinkedAdapterList();
+    updateValuesFromCurrentAdapter();
+    setUpdatesEnabled(true);
+}
+
+void CanInterfaceWidget::updateLinkedAdapterList()
+{
+    ui->cbLinkedAdapter->setUpdatesEnabled(false);
+    fillLinkedAdapters(*ui->cbLinkedAdapter, currentAdapter, adapterMap);
+    ui->cbLinkedAdapter->setUpdatesEnabled(true);
+}
+
+void CanInterfaceWidget::updateValuesFromCurrentAdapter()
+{
+    // Whoever answers sigUpdateAdapter(), which the type and the device may set off, may put another adapter here, or
+    // none.
+    for (unsigned int option = 0; option < Adapter::optionCount && currentAdapter != nullptr; ++option) {
+        const auto key = static_cast<Adapter::AdapterOption>(option);
+        setCanInterfaceOption(key, currentAdapter->getCanAdapterOption(key));
+    }
+    if (currentAdapter == nullptr) {
+        changeTimer->stop();
+        return;
+    }
+    const Type type = typeOf(*currentAdapter);
+    if (type == Adapter::CanAdapterIxxatVci3)
+        showDeviceNumber(*currentAdapter);
+    if (type == Adapter::CanAdapterSocketCan)
+        followSystem();
+    changeTimer->start(changeInterval);
+}
+
+/// What was saved of a link may be out of date.
+void CanInterfaceWidget::followSystem()
+{
+    const Adapter::SocketCANProps props = CanAdapterFactory::getSocketCanProps(ui->cbCanDevice->currentText());
+    if (props.bitrate == 0 || saysTheSame(*currentAdapter, props))
+        return;
+    lockDataBitrate();
+    showSystemSettings(props);
+    emit sigUpdateAdapter();
+}
+
+// ---- Values.
+
+OptionTargets CanInterfaceWidget::optionTargets()
+{
+    return {*ui,
+            capabilities,
+            bitrates,
+            [this](const QString &name) { setDeviceName(name); },
+            [this](bool inUse) { showUserTiming(inUse); },
+            [this] { openSettingsPage(); }};
+}
+
+QVariant CanInterfaceWidget::getCanInterfaceOption(AbstractCanAdapter::AdapterOption option)
+{
+    return readOption(optionTargets(), option);
+}
+
+void CanInterfaceWidget::setCanInterfaceOption(AbstractCanAdapter::AdapterOption option, QVariant value)
+{
+    writeOption(optionTargets(), option, value);
+}
+
+QPointer<AbstractCanAdapter> CanInterfaceWidget::createAdapterFromSettings()
+{
+    ui->lblAdapterChanged->hide();
+    return buildAdapter().release();
+}
+
+std::unique_ptr<AbstractCanAdapter> CanInterfaceWidget::buildAdapter()
+{
+    std::unique_ptr<Adapter> adapter(
+        CanAdapterFactory::createCanAdapter(selectedType(), ui->cbCanDevice->currentText()));
+    if (!adapter)
+        return nullptr;
+    const QList<Adapter::AdapterOption> supported = adapter->getSupportedOptions();
+    adapter->listenOnly = ui->cbListenOnly->isChecked();
+    const OptionTargets form = optionTargets();
+    for (unsigned int option = 0; option < Adapter::optionCount; ++option) {
+        const auto key = static_cast<Adapter::AdapterOption>(option);
+        if (supported.contains(key))
+            adapter->setCanAdapterOption(key, readOption(form, key));
+    }
+    return adapter;
+}
+
+CanInterfaceWidget::Type CanInterfaceWidget::selectedType() const
+{
+    return static_cast<Type>(ui->cbCanInterfaceType->currentData().toUInt());
+}
+
+void CanInterfaceWidget::checkForChanges()
+{
+    if (currentAdapter == nullptr)
+        return;
+    const std::unique_ptr<Adapter> fromForm = buildAdapter();
+    const FormDifference difference = fromForm ? compareWithForm(*currentAdapter, *fromForm) : FormDifference::None;
+    ui->lblAdapterChanged->setVisible(difference == FormDifference::Unsaved);
+    if (difference != FormDifference::Applied)
+        return;
+    // From here on the form compares with what it has just asked to be taken over. It may ask in vain, and then does not
+    // ask again.
+    Adapter *applied = buildAdapter().release();
+    if (applied == nullptr)
+        return;
+    applied->setParent(this);
+    setCurrentAdapter(applied);
+    emit sigUpdateAdapter();
+}
+
+// ---- Devices and appearance.
 
 void CanInterfaceWidget::prohibitCanFd()
 {
@@ -104,61 +275,27 @@ bool CanInterfaceWidget::nativeEvent(const QByteArray &eventType, void *message,
     return false;
 }
 
-void CanInterfaceWidget::on_cbListenOnly_stateChanged(int state)
+void CanInterfaceWidget::showEvent(QShowEvent *event)
 {
-    capabilities.listenOnlyChanged(state);
-}
-
-void CanInterfaceWidget::on_chLogErrorFrames_stateChanged(int state)
-{
-    capabilities.errorFramesChanged(state);
-}
-
-void CanInterfaceWidget::on_cbAutoBusOn_stateChanged(int state)
-{
-    capabilities.autoBusOnChanged(state);
-}
-
-void CanInterfaceWidget::on_le_ipAddress_textChanged(const QString &text)
-{
-    if (ui->stackedWidget->currentIndex() != addressPage)
+    QWidget::showEvent(event);
+    // A window that is only restored has lost nothing; and to select the type anew sets back what is not taken over yet.
+    if (event->spontaneous())
         return;
-    ui->validIPAddress->setText(looksLikeIpAddress(text) ? QString() : tr("IP Address does not seem to be valid."));
+    on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
+    if (parentWidget() != nullptr) {
+        move(parentWidget()->geometry().center() - rect().center());
+        // A layout that keeps the form has the last word on its place.
+        updateGeometry();
+    }
+    if (ui->cbCanfdConfig->isChecked()) {
+        ui->lbCanFdDataBitrate->show();
+        ui->cbCanFdDataBitrate->show();
+    }
 }
 
-void CanInterfaceWidget::on_le_port_textChanged(const QString &text)
+void CanInterfaceWidget::changeEvent(QEvent *event)
 {
-    ui->validPort->setText(text.isEmpty() ? tr("Port does not seem to be valid.") : QString());
-}
-
-void CanInterfaceWidget::on_xm3cbFilterMode_currentIndexChanged(int index)
-{
-    ui->xm3swFilter->setCurrentIndex(ui->xm3cbFilterMode->itemData(index).toInt());
-}
-
-void CanInterfaceWidget::enableListenOnlyCheckBox(bool enable)
-{
-    capabilities.enableListenOnly(enable);
-}
-
-void CanInterfaceWidget::enableLowSpeedCheckBox(bool enable)
-{
-    capabilities.enableLowSpeed(enable);
-}
-
-void CanInterfaceWidget::enableErrorFramesCheckBox(bool enable)
-{
-    capabilities.enableErrorFrames(enable);
-}
-
-void CanInterfaceWidget::enableAutoBusOnCheckBox(bool enable, bool value)
-{
-    capabilities.enableAutoBusOn(enable, value);
-}
-
-void CanInterfaceWidget::fillXm3FilterModeCombobox()
-{
-    const QStringList modes = {tr("No filter"), tr("CAN ID filter"), tr("Acceptance filter")};
-    for (int mode = 0; mode < modes.size(); ++mode)
-        ui->xm3cbFilterMode->addItem(modes[mode], mode);
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        alignColumns();
 }

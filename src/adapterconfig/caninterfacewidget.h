@@ -1,6 +1,7 @@
 #pragma once
 
 #include "adaptercontract.h"
+#include "bitratelists.h"
 #include "capabilityboxes.h"
 #include "kestrune_export.h"
 
@@ -10,8 +11,11 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class Ui_CanInterfaceWidget;
+struct OptionTargets;
+struct TypeTreatment;
 
 /// A form in which a user describes one CAN adapter: its type, device, bitrates, capabilities, and the page of settings
 /// that only its type has.
@@ -38,19 +42,61 @@ public:
     /// @param adapter may be null
     void setCurrentAdapter(AbstractCanAdapter *adapter);
     /// The adapters among which one may be linked with the current one.
-    /// @param map outlives the form, or the next call; may be null
+    /// @param map outlives the form, or its use until the next call; may be null
     void setAdapterMap(QMap<unsigned short, QPointer<AbstractCanAdapter>> *map);
+    /// Fills the form from the current adapter, and watches for changes from now on. Without one the watch ends, and
+    /// the controls keep what they show.
+    void updateValues();
+    /// The same, but for the list of adapters that may be linked, and without a stop to painting.
+    void updateValuesFromCurrentAdapter();
 
+    /// An adapter of what the controls say, with those values that it has options for.
+    /// @return the caller's; null if there is none of that type and device
+    QPointer<AbstractCanAdapter> createAdapterFromSettings();
+    /// What the controls say; invalid for an option that the form does not have.
+    QVariant getCanInterfaceOption(AbstractCanAdapter::AdapterOption option);
+    /// Shows a value. What the form does not have, or only reads, is ignored; a choice that the device does not offer is
+    /// remembered for one that does.
+    void setCanInterfaceOption(AbstractCanAdapter::AdapterOption option, QVariant value);
+
+    /// @param bitrate kBit/s, selected where nothing says another one; 250 at first
+    void setDefaultBitrate(unsigned short bitrate);
     /// Offers no CAN FD for devices of which only the name is known. A device whose feature word says CAN FD keeps it.
     void prohibitCanFd();
     void showForcedEcho(bool show);
 
-    /// Nothing tells the form of devices by a window's notices here: gives false.
+    /// Devices of a USB vendor came or went.
+    void updateDeviceList(unsigned int vendor);
+    /// Windows get no notices of devices here: gives false. The form hears of them by CanAdapterFactory::notifier().
     bool registerDeviceChangeNotification();
     bool nativeEvent(const QByteArray &eventType, void *message, long *result) override;
 
+    // The bitrate lists.
+    void updateBitrates();
+    void updateBitrates(AbstractCanAdapter::CanAdapterType type, bool fd);
+    void updateLSBitrates(bool lowSpeed);
+    void setBitrateInUi(CAN::CANBitrateDesc bitrate);
+    void setFdBitrateInUi(CAN::CANBitrateDesc bitrate);
+    void toggleCANUserBitrate(bool on);
+    void toggleCANFDUserBitrate(bool on);
+    void toggleSystecBtrExt(bool on);
+
 public slots:
-    // The user's choices. Those whose box the device does not offer are not remembered.
+    /// Shows what the type has: its devices, bitrates and page.
+    void on_cbCanInterfaceType_currentIndexChanged(int index);
+    /// Offers what the device is capable of.
+    void on_cbCanDevice_currentIndexChanged(int index);
+    void on_cbAdvancedConfig_clicked(bool checked);
+
+    void on_cbBitrate_currentIndexChanged(int index);
+    void on_cbCanFdDataBitrate_currentIndexChanged(int index);
+    void on_btnEdtClassicBitrate_clicked();
+    void on_btnEdtFDBitrate_clicked();
+
+    void on_cbCanfdConfig_toggled(bool checked);
+    void on_cbCanfdConfig_clicked(bool checked);
+    // The user's choices, which are remembered if the device offers their box.
+    void on_cbLowSpeed_stateChanged(int state);
     void on_cbListenOnly_stateChanged(int state);
     void on_chLogErrorFrames_stateChanged(int state);
     void on_cbAutoBusOn_stateChanged(int state);
@@ -62,20 +108,69 @@ public slots:
     /// Shows the fields of the selected filter mode.
     void on_xm3cbFilterMode_currentIndexChanged(int index);
 
+    /// Compares the form with the current adapter: tells the user of edits, or emits sigUpdateAdapter() for those of a
+    /// "SocketCAN" adapter.
+    void checkForChanges();
+    /// Devices of a type came or went. What is selected stays selected, if only as a device that is not connected.
+    void refreshDevices(AbstractCanAdapter::CanAdapterType type);
+
 signals:
     /// What the form says of a "SocketCAN" adapter has changed, and not by the user's hands alone.
     void sigUpdateAdapter();
 
 protected:
+    void showEvent(QShowEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+    void updateInterfaceList(AbstractCanAdapter::CanAdapterType type);
+    /// Selects a device, or an entry that says it is not connected.
+    void setDeviceName(QString name);
+    /// @param features as in AbstractCanAdapter::DeviceFeature
+    void handleDeviceFeatures(unsigned int features, AbstractCanAdapter::CanAdapterType type);
     void enableListenOnlyCheckBox(bool enable);
     void enableLowSpeedCheckBox(bool enable);
     void enableErrorFramesCheckBox(bool enable);
+    /// @param value what the box shows while it is disabled
     void enableAutoBusOnCheckBox(bool enable, bool value);
+    /// Shows whether CAN FD is used, and lets nobody change it until another device or type is selected.
+    void disableFDCheckbox(bool state);
+    void updateLinkedAdapterList();
     void fillXm3FilterModeCombobox();
 
 private:
+    using Type = AbstractCanAdapter::CanAdapterType;
+
     void fillTypeList();
     void limitInput();
+    void alignColumns();
+    void forgetAdapter();
+
+    Type selectedType() const;
+    OptionTargets optionTargets();
+    std::unique_ptr<AbstractCanAdapter> buildAdapter();
+    std::optional<CAN::CANBitTimingThresholds> timingLimits(bool dataPhase);
+
+    void takeType(Type type);
+    void offerCapabilities(Type type, const QString &factoryName);
+    void offerByName(Type type, const QString &factoryName);
+    void offerLowSpeed(bool selectable, bool nothingElse);
+    void offerCanFd(bool offered);
+    void breakFdLock();
+    void showDeviceNumber(AbstractCanAdapter &adapter);
+
+    void showUserSettings();
+    void showSystemSettings(const AbstractCanAdapter::SocketCANProps &props);
+    void lockDataBitrate();
+    void followSystem();
+
+    void showSettingsPage(Type type);
+    void showNeutralPage();
+    void applyTreatment(const TypeTreatment &treatment);
+    void showRows(const TypeTreatment &treatment);
+    void placePortRow(const TypeTreatment &treatment);
+    void openSettingsPage();
+    void showUserTiming(bool inUse);
+    void adjustSizes();
 
     std::unique_ptr<Ui_CanInterfaceWidget> ui;
     QMap<unsigned int, AbstractCanAdapter::CanAdapterType> vendorTypes; ///< by USB vendor number
@@ -84,4 +179,6 @@ private:
     AbstractCanAdapter *currentAdapter = nullptr;
     unsigned int currentType = AbstractCanAdapter::CanAdapterNone;
     CapabilityBoxes capabilities;
+    BitrateLists bitrates;
+    QMetaObject::Connection fdLock;
 };

@@ -1,0 +1,261 @@
+// What the form does when a type or a device is selected: it offers what both are capable of.
+
+#include "caninterfacewidget.h"
+#include "ui_caninterfacewidget.h"
+
+#include "devicelist.h"
+
+namespace {
+using Adapter = AbstractCanAdapter;
+
+/// The area of the pages is as tall as the tallest of them that has a height at all.
+void setCountsForHeight(QWidget *page, bool counts)
+{
+    page->setSizePolicy(QSizePolicy::Preferred, counts ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+}
+} // namespace
+
+void CanInterfaceWidget::on_cbCanInterfaceType_currentIndexChanged(int index)
+{
+    const auto type = static_cast<Type>(ui->cbCanInterfaceType->itemData(index).toUInt());
+    setCountsForHeight(ui->stackedWidget->currentWidget(), false);
+    takeType(type);
+    ui->le_port->setPlaceholderText(QString());
+    updateBitrates(type, ui->cbCanfdConfig->isChecked());
+    updateInterfaceList(type);
+    // A type whose devices have no feature word answers for all of them, by its own name.
+    offerCapabilities(type, ui->cbCanInterfaceType->itemText(index));
+    ui->cbBitrate->setEnabled(CanAdapterFactory::isBaudrateChangeable(type));
+    breakFdLock();
+    if (type == Adapter::CanAdapterSocketCan) {
+        lockDataBitrate();
+        showSystemSettings(CanAdapterFactory::getSocketCanProps(ui->cbCanDevice->currentText()));
+        emit sigUpdateAdapter();
+    } else {
+        showUserSettings();
+        on_cbCanfdConfig_toggled(ui->cbCanfdConfig->isChecked());
+    }
+    showSettingsPage(type);
+    toggleCANUserBitrate(CanAdapterFactory::isCANClassicBaudrateSettingAvailable(type));
+    toggleCANFDUserBitrate(CanAdapterFactory::isCANFDBaudrateSettingAvailable(type));
+    setCountsForHeight(ui->stackedWidget->currentWidget(), true);
+    ui->stackedWidget->adjustSize();
+}
+
+void CanInterfaceWidget::takeType(Type type)
+{
+    if (type == currentType)
+        return;
+    currentType = type;
+    // What the system said of the former type's device does not hold the new one's box.
+    breakFdLock();
+    const QSignalBlocker blocker(ui->cbCanDevice);
+    ui->cbCanDevice->clear();
+}
+
+void CanInterfaceWidget::on_cbCanDevice_currentIndexChanged(int index)
+{
+    const QString device = ui->cbCanDevice->itemText(index);
+    const Type type = selectedType();
+    offerCapabilities(type, device);
+    breakFdLock();
+    if (type == Adapter::CanAdapterSocketCan)
+        showSystemSettings(CanAdapterFactory::getSocketCanProps(device));
+    else
+        showUserSettings();
+    if (type == Adapter::CanAdapterIxxatVci3) {
+        if (const auto adapter = buildAdapter())
+            showDeviceNumber(*adapter);
+    }
+    ui->cbCanDevice->setEnabled(true);
+    const QString toolTip = ui->cbCanDevice->itemData(index, Qt::ToolTipRole).toString();
+    if (!toolTip.isEmpty())
+        ui->cbCanDevice->setToolTip(toolTip);
+}
+
+void CanInterfaceWidget::showDeviceNumber(AbstractCanAdapter &adapter)
+{
+    ui->cbCanDevice->setToolTip(QString::number(static_cast<unsigned int>(adapter.getDeviceNumber()), 16));
+}
+
+// ---- Devices.
+
+void CanInterfaceWidget::updateInterfaceList(AbstractCanAdapter::CanAdapterType type)
+{
+    const QSignalBlocker blocker(ui->cbCanDevice);
+    const QString selected = isNoDeviceSelected(*ui->cbCanDevice) ? QString() : ui->cbCanDevice->currentText();
+    ui->cbCanDevice->clear();
+    fillDeviceList(*ui->cbCanDevice, CanAdapterFactory::getAdvInterfaceList(type));
+    if (!selected.isEmpty())
+        setDeviceName(selected);
+}
+
+void CanInterfaceWidget::setDeviceName(QString name)
+{
+    if (name.isEmpty()) {
+        ui->cbCanDevice->setCurrentText(name);
+        return;
+    }
+    removeMissingDevices(*ui->cbCanDevice);
+    const int index = ui->cbCanDevice->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
+    if (index >= 0) {
+        ui->btnEdtClassicBitrate->setEnabled(true);
+        ui->cbCanDevice->setCurrentIndex(index);
+        return;
+    }
+    const unsigned int features = currentAdapter != nullptr
+        ? currentAdapter->getCanAdapterOption(Adapter::OptionDeviceData).toUInt()
+        : 0;
+    ui->cbCanDevice->setCurrentIndex(addMissingDevice(*ui->cbCanDevice, name, features));
+    // At last, since the selection fills the bitrate list, which has its own say in the button.
+    ui->btnEdtClassicBitrate->setEnabled(false);
+}
+
+void CanInterfaceWidget::updateDeviceList(unsigned int vendor)
+{
+    if (selectedType() == vendorTypes.value(vendor, Adapter::CanAdapterNone))
+        on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
+}
+
+void CanInterfaceWidget::refreshDevices(AbstractCanAdapter::CanAdapterType type)
+{
+    if (selectedType() != type)
+        return;
+    // Of a link the settings may have changed, too.
+    if (type == Adapter::CanAdapterSocketCan) {
+        on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
+        return;
+    }
+    const QString device = ui->cbCanDevice->currentText();
+    const QVariant features = ui->cbCanDevice->currentData();
+    updateInterfaceList(type);
+    // Only then: to select a device sets back what the user has not yet taken over.
+    if (ui->cbCanDevice->currentText() != device || ui->cbCanDevice->currentData() != features)
+        on_cbCanDevice_currentIndexChanged(ui->cbCanDevice->currentIndex());
+}
+
+// ---- Capabilities.
+
+void CanInterfaceWidget::offerCapabilities(Type type, const QString &factoryName)
+{
+    const unsigned int features = ui->cbCanDevice->currentData().toUInt();
+    if (features == Adapter::FeaturesUnknown)
+        offerByName(type, factoryName);
+    else
+        handleDeviceFeatures(features, type);
+}
+
+void CanInterfaceWidget::offerByName(Type type, const QString &factoryName)
+{
+    offerCanFd(CanAdapterFactory::isInterfaceFd(type, factoryName) && capabilities.canFdAllowed);
+    enableLowSpeedCheckBox(CanAdapterFactory::isInterfaceLowSpeed(type, factoryName));
+    enableAutoBusOnCheckBox(CanAdapterFactory::canDisableAutoBusOn(type, factoryName), false);
+    enableErrorFramesCheckBox(false);
+    enableListenOnlyCheckBox(false);
+}
+
+void CanInterfaceWidget::handleDeviceFeatures(unsigned int features, AbstractCanAdapter::CanAdapterType type)
+{
+    const auto has = [features](Adapter::DeviceFeature feature) { return (features & feature) != 0; };
+
+    enableErrorFramesCheckBox(has(Adapter::FeatureErrorFrames));
+    offerLowSpeed(has(Adapter::FeatureLowSpeedSelectable), has(Adapter::FeatureLowSpeedOnly));
+    offerCanFd(has(Adapter::FeatureCanFd));
+    updateBitrates(type, has(Adapter::FeatureCanFd) && capabilities.useCanFd);
+    enableAutoBusOnCheckBox(has(Adapter::FeatureAutoBusOnChangeable), has(Adapter::FeatureAutoBusOnDefault));
+    if (has(Adapter::FeatureAutoBusOnForced))
+        ui->cbAutoBusOn->setChecked(true);
+    enableListenOnlyCheckBox(has(Adapter::FeatureListenOnly));
+}
+
+void CanInterfaceWidget::offerLowSpeed(bool selectable, bool nothingElse)
+{
+    if (selectable) {
+        enableLowSpeedCheckBox(true);
+        return;
+    }
+    if (nothingElse) {
+        ui->cbLowSpeed->show();
+        ui->cbLowSpeed->setEnabled(false);
+    } else {
+        enableLowSpeedCheckBox(false);
+    }
+    ui->cbLowSpeed->setChecked(nothingElse);
+    updateLSBitrates(nothingElse);
+}
+
+void CanInterfaceWidget::offerCanFd(bool offered)
+{
+    // Checking shows the rows of the group, and so comes before hiding them.
+    ui->cbCanfdConfig->setChecked(offered && capabilities.useCanFd);
+    ui->cbCanfdConfig->setVisible(offered);
+    ui->lbCanFdDataBitrate->setVisible(offered);
+    ui->cbCanFdDataBitrate->setVisible(offered);
+}
+
+void CanInterfaceWidget::enableListenOnlyCheckBox(bool enable)
+{
+    capabilities.enableListenOnly(enable);
+}
+
+void CanInterfaceWidget::enableLowSpeedCheckBox(bool enable)
+{
+    capabilities.enableLowSpeed(enable);
+}
+
+void CanInterfaceWidget::enableErrorFramesCheckBox(bool enable)
+{
+    capabilities.enableErrorFrames(enable);
+}
+
+void CanInterfaceWidget::enableAutoBusOnCheckBox(bool enable, bool value)
+{
+    capabilities.enableAutoBusOn(enable, value);
+}
+
+void CanInterfaceWidget::disableFDCheckbox(bool state)
+{
+    breakFdLock();
+    ui->cbCanfdConfig->setChecked(state);
+    fdLock = connect(ui->cbCanfdConfig, &QGroupBox::toggled, ui->cbCanfdConfig,
+                     [box = ui->cbCanfdConfig, state](bool checked) {
+                         if (checked != state)
+                             box->setChecked(state);
+                     });
+}
+
+void CanInterfaceWidget::breakFdLock()
+{
+    disconnect(fdLock);
+}
+
+// ---- Settings that the system makes, or the user.
+
+void CanInterfaceWidget::showSystemSettings(const AbstractCanAdapter::SocketCANProps &props)
+{
+    const QString text = tr("%1 kbit/s");
+    ui->cbBitrate->clear();
+    ui->cbAutoBusOn->setProperty("changeable", false);
+    ui->cbBitrate->addItem(text.arg(props.bitrate), props.toQVariant());
+    disableFDCheckbox(props.canFd);
+    if (props.canFd) {
+        ui->cbCanFdDataBitrate->clear();
+        ui->cbCanFdDataBitrate->addItem(text.arg(props.fdBitrate), props.toQVariant());
+    }
+    const bool restarts = props.restartMs != 0;
+    ui->cbAutoBusOn->setChecked(restarts);
+    ui->cbAutoBusOn->setToolTip(restarts ? tr("Auto bus on is activated with a value of %1 ms").arg(props.restartMs)
+                                         : tr("Auto bus on is deactivated"));
+}
+
+void CanInterfaceWidget::lockDataBitrate()
+{
+    ui->cbCanFdDataBitrate->setEnabled(false);
+    ui->btnEdtFDBitrate->setEnabled(false);
+}
+
+void CanInterfaceWidget::showUserSettings()
+{
+    ui->cbAutoBusOn->setProperty("changeable", true);
+    ui->cbCanfdConfig->setEnabled(true);
+}

@@ -1,0 +1,36 @@
+#include "typetreatment.h"
+
+#include "adaptercontract.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+using Adapter = AbstractCanAdapter;
+
+constexpr TypeTreatment treatments[] = {
+    {Adapter::CanAdapterDemo, PortPage,
+     OpensPage | NoListenOnly | FixedBitrate | PortOnPortPage | DefaultPort | ShowsTimeouts},
+    {Adapter::CanAdapterSystecUsb, CommonPage, ExtendedBtr},
+    {Adapter::CanAdapterSystecEthernet, NetworkPage,
+     OpensPage | NoListenOnly | FixedBitrate | BitrateFromFile | PortOnNetworkPage | ShowsTimeouts | ChecksAddress},
+    {Adapter::CanAdapterKvaser, CommonPage, NoBtrRow},
+    {Adapter::CanAdapterJanzTec, CommonPage, NoListenOnly | Terminator},
+    {Adapter::CanAdapterSerialInternExtern, SerialPage, OpensPage | InternExtern},
+    {Adapter::CanAdapterVelmorSerial, SerialPage, OpensPage},
+    {Adapter::CanAdapterPcanAdvanced, TimingPage, 0},
+    {Adapter::CanAdapterIxxatVci3, CommonPage, NoBtrRow},
+    {Adapter::CanAdapterNoBtrRow19, CommonPage, NoBtrRow},
+    // Its page is that of the Ethernet gateway, which may have lent the row with the port to another page.
+    {Adapter::CanAdapterFixedNetwork20, NetworkPage,
+     OpensPage | NoListenOnly | PortOnNetworkPage | HidesTimeouts | ChecksAddress | NoDeviceChoice},
+    {Adapter::CanAdapterSystecXm3, FilterPage, OpensPage},
+};
+} // namespace
+
+TypeTreatment treatmentOf(unsigned int adapterType)
+{
+    const auto *found = std::find_if(std::begin(treatments), std::end(treatments),
+                                     [adapterType](const TypeTreatment &entry) { return entry.type == adapterType; });
+    return found != std::end(treatments) ? *found : TypeTreatment{adapterType, CommonPage, 0};
+}
