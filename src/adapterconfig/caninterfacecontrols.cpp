@@ -6,6 +6,15 @@
 #include "addresscheck.h"
 #include "typetreatment.h"
 
+namespace {
+/// A label without text leaves no gap.
+void warn(QLabel *label, const QString &text)
+{
+    label->setText(text);
+    label->setVisible(!text.isEmpty());
+}
+} // namespace
+
 // ---- Capabilities.
 
 void CanInterfaceWidget::on_cbCanfdConfig_toggled(bool checked)
@@ -54,12 +63,12 @@ void CanInterfaceWidget::on_le_ipAddress_textChanged(const QString &text)
 {
     if (ui->stackedWidget->currentIndex() != NetworkPage)
         return;
-    ui->validIPAddress->setText(looksLikeIpAddress(text) ? QString() : tr("IP Address does not seem to be valid."));
+    warn(ui->validIPAddress, looksLikeIpAddress(text) ? QString() : tr("IP Address does not seem to be valid."));
 }
 
 void CanInterfaceWidget::on_le_port_textChanged(const QString &text)
 {
-    ui->validPort->setText(text.isEmpty() ? tr("Port does not seem to be valid.") : QString());
+    warn(ui->validPort, text.isEmpty() ? tr("Port does not seem to be valid.") : QString());
 }
 
 void CanInterfaceWidget::on_xm3cbFilterMode_currentIndexChanged(int index)

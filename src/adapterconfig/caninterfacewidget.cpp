@@ -4,8 +4,8 @@
 #include "addresscheck.h"
 #include "adaptertype.h"
 #include "changewatch.h"
+#include "fontfit.h"
 #include "interfaceoptions.h"
-#include "labelcolumn.h"
 #include "linkedadapters.h"
 #include "typetreatment.h"
 
@@ -42,7 +42,7 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
     capabilities.setControls({ui->chLogErrorFrames, ui->cbListenOnly, ui->cbLowSpeed, ui->cbAutoBusOn});
     bitrates.setControls(
         {ui->cbBitrate, ui->cbCanFdDataBitrate, ui->btnEdtClassicBitrate, ui->btnEdtFDBitrate, ui->lblBtr, ui->edtBtr});
-    alignColumns();
+    fitToFont();
     ui->lblAdapterChanged->hide();
     ui->cbAutoBusOn->setProperty("changeable", true);
     fillTypeList();
@@ -104,14 +104,28 @@ void CanInterfaceWidget::limitInput()
     ui->le_port->setValidator(new QRegularExpressionValidator(portPattern(), this));
 }
 
-void CanInterfaceWidget::alignColumns()
+/// Whatever the font is, the smallest width of the form shows all texts whole, and fields below one another begin at one
+/// line.
+void CanInterfaceWidget::fitToFont()
 {
+    arrangeBoxes();
     alignLabels({ui->lblCanInterfaceType, ui->lblCanDevice, ui->lblBitrate, ui->lblDescription, ui->lblLinkedAdapter,
                  ui->lblUsdoId});
     alignLabels({ui->lblIpAddress, ui->lblPort, ui->lblReconnectTimeout, ui->lblConnectTimeout,
                  ui->lblDisconnectTimeout, ui->lblIpProtocol});
     alignLabels({ui->lblXm3FilterMode, ui->lblXm3CanId_1, ui->lblXm3CanId_2, ui->lblXm3CanId_3, ui->lblXm3CanId_4,
                  ui->lblXm3FilterAMR, ui->lblXm3FilterACR});
+}
+
+void CanInterfaceWidget::arrangeBoxes()
+{
+    const QList<QWidget *> boxes = {ui->chLogErrorFrames, ui->cbListenOnly,     ui->cbAutoBusOn, ui->cbLowSpeed,
+                                    ui->cbSystemTime,     ui->cbContSystemTime, ui->cbForcedEcho};
+    arrangeInColumns(*ui->gridLayout, boxes, 2);
+    const QMargins around = ui->verticalLayout->contentsMargins();
+    const int width = ui->groupBox->minimumSizeHint().width() + around.left() + around.right();
+    if (width > minimumWidth())
+        arrangeInColumns(*ui->gridLayout, boxes, 1);
 }
 
 // ---- The current adapter.
@@ -297,5 +311,5 @@ void CanInterfaceWidget::changeEvent(QEvent *event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        alignColumns();
+        fitToFont();
 }

@@ -142,7 +142,8 @@ private:
 
     void fillTypeList();
     void limitInput();
-    void alignColumns();
+    void fitToFont();
+    void arrangeBoxes();
     void forgetAdapter();
 
     Type selectedType() const;
