@@ -13,10 +13,13 @@
 #include <QRegularExpressionValidator>
 #include <QShowEvent>
 
+#include <algorithm>
+
 namespace {
 using Adapter = AbstractCanAdapter;
 
 constexpr int changeInterval = 250; // ms
+constexpr int usualMinimumWidth = 500;
 constexpr int highestSerialBaudrate = 9999999;
 
 // The values of OptionStopBits.
@@ -104,28 +107,32 @@ void CanInterfaceWidget::limitInput()
     ui->le_port->setValidator(new QRegularExpressionValidator(portPattern(), this));
 }
 
-/// Whatever the font is, the smallest width of the form shows all texts whole, and fields below one another begin at one
-/// line.
+/// Fields below one another begin at one line, whatever the font is.
 void CanInterfaceWidget::fitToFont()
 {
-    arrangeBoxes();
     alignLabels({ui->lblCanInterfaceType, ui->lblCanDevice, ui->lblBitrate, ui->lblDescription, ui->lblLinkedAdapter,
                  ui->lblUsdoId});
     alignLabels({ui->lblIpAddress, ui->lblPort, ui->lblReconnectTimeout, ui->lblConnectTimeout,
                  ui->lblDisconnectTimeout, ui->lblIpProtocol});
     alignLabels({ui->lblXm3FilterMode, ui->lblXm3CanId_1, ui->lblXm3CanId_2, ui->lblXm3CanId_3, ui->lblXm3CanId_4,
                  ui->lblXm3FilterAMR, ui->lblXm3FilterACR});
+    ui->groupBox->setMinimumWidth(widthInColumns(*ui->gridLayout, capabilityBoxes(), 1));
+    arrangeBoxes();
 }
 
 void CanInterfaceWidget::arrangeBoxes()
 {
-    const QList<QWidget *> boxes = {ui->chLogErrorFrames, ui->cbListenOnly,     ui->cbAutoBusOn, ui->cbLowSpeed,
-                                    ui->cbSystemTime,     ui->cbContSystemTime, ui->cbForcedEcho};
-    arrangeInColumns(*ui->gridLayout, boxes, 2);
-    const QMargins around = ui->verticalLayout->contentsMargins();
-    const int width = ui->groupBox->minimumSizeHint().width() + around.left() + around.right();
-    if (width > minimumWidth())
-        arrangeInColumns(*ui->gridLayout, boxes, 1);
+    const int columns = ui->groupBox->width() < widthInColumns(*ui->gridLayout, capabilityBoxes(), 2) ? 1 : 2;
+    if (columns == boxColumns)
+        return;
+    boxColumns = columns;
+    arrangeInColumns(*ui->gridLayout, capabilityBoxes(), columns);
+}
+
+QList<QWidget *> CanInterfaceWidget::capabilityBoxes() const
+{
+    return {ui->chLogErrorFrames, ui->cbListenOnly,     ui->cbAutoBusOn, ui->cbLowSpeed,
+            ui->cbSystemTime,     ui->cbContSystemTime, ui->cbForcedEcho};
 }
 
 // ---- The current adapter.
@@ -305,6 +312,21 @@ void CanInterfaceWidget::showEvent(QShowEvent *event)
         ui->lbCanFdDataBitrate->show();
         ui->cbCanFdDataBitrate->show();
     }
+}
+
+void CanInterfaceWidget::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    arrangeBoxes();
+}
+
+bool CanInterfaceWidget::event(QEvent *event)
+{
+    const bool done = QWidget::event(event);
+    // A font may be so large that the usual width cuts texts off.
+    if (event->type() == QEvent::LayoutRequest)
+        setMinimumWidth(std::max(usualMinimumWidth, ui->verticalLayout->totalMinimumSize().width()));
+    return done;
 }
 
 void CanInterfaceWidget::changeEvent(QEvent *event)

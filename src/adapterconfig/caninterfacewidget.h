@@ -119,7 +119,9 @@ signals:
     void sigUpdateAdapter();
 
 protected:
+    bool event(QEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
     void updateInterfaceList(AbstractCanAdapter::CanAdapterType type);
@@ -144,6 +146,7 @@ private:
     void limitInput();
     void fitToFont();
     void arrangeBoxes();
+    QList<QWidget *> capabilityBoxes() const;
     void forgetAdapter();
 
     Type selectedType() const;
@@ -182,4 +185,5 @@ private:
     CapabilityBoxes capabilities;
     BitrateLists bitrates;
     QMetaObject::Connection fdLock;
+    int boxColumns = 0; ///< of the boxes for the capabilities
 };

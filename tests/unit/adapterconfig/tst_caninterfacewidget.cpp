@@ -44,6 +44,8 @@ private slots:
     void tabKeyWalksInReadingOrder();
     void fieldsBeginAtOneLine_data();
     void fieldsBeginAtOneLine();
+    void largeFontCutsNothingOff();
+    void boxesStandInTwoColumnsWhereThereIsRoom();
     void shownFormStandsInTheMiddleOfItsParent();
     void shownFormStaysInItsLayout();
 
@@ -510,6 +512,40 @@ void TestCanInterfaceWidget::fieldsBeginAtOneLine()
         }
         QCOMPARE(lines.size(), 1);
     }
+}
+
+void TestCanInterfaceWidget::largeFontCutsNothingOff()
+{
+    const InterfaceForm form;
+    QFont font = form->font();
+    font.setPointSize(24);
+    form->setFont(font);
+    form->show();
+    QVERIFY(QTest::qWaitForWindowExposed(&*form));
+    for (unsigned int type = 1; type <= InterfaceForm::highestType; ++type) {
+        form.selectType(type);
+        QCoreApplication::sendPostedEvents();
+        form->resize(form->minimumSize().expandedTo(form->minimumSizeHint()));
+        QCoreApplication::sendPostedEvents();
+        for (const QWidget *widget : form->findChildren<QWidget *>()) {
+            const bool hasText = qobject_cast<const QCheckBox *>(widget) != nullptr
+                || qobject_cast<const QRadioButton *>(widget) != nullptr
+                || (qobject_cast<const QLabel *>(widget) != nullptr && !widget->hasHeightForWidth());
+            if (hasText && widget->isVisible())
+                QVERIFY2(widget->width() >= widget->minimumSizeHint().width(), qPrintable(widget->objectName()));
+        }
+    }
+}
+
+void TestCanInterfaceWidget::boxesStandInTwoColumnsWhereThereIsRoom()
+{
+    const InterfaceForm form;
+    form->show();
+    QVERIFY(QTest::qWaitForWindowExposed(&*form));
+    form->resize(1000, 700);
+    QTRY_COMPARE(form.box("cbListenOnly")->y(), form.box("chLogErrorFrames")->y());
+    form->resize(form->minimumWidth(), 700);
+    QTRY_COMPARE(form.box("cbListenOnly")->x(), form.box("chLogErrorFrames")->x());
 }
 
 void TestCanInterfaceWidget::shownFormStandsInTheMiddleOfItsParent()
