@@ -1,25 +1,29 @@
+// The form in its parts. Here: its life, the adapter that it shows, and the values that go both ways.
+//
+//   caninterfaceselection    what it offers for a type and a device
+//   caninterfacepage         the page of further settings that a type has
+//   caninterfacecontrols     the slots of single controls
+//   caninterfaceappearance   its place, its fonts
+//
+// What can be said apart from the form stands apart: the table of the options (interfaceoptions), the table of the types
+// (typetreatment), the bitrate lists (bitratelists), the boxes that remember a choice (capabilityboxes), the list of
+// devices (devicelist), the comparison of the watch (changewatch).
+
 #include "caninterfacewidget.h"
 #include "ui_caninterfacewidget.h"
 
 #include "addresscheck.h"
 #include "adaptertype.h"
 #include "changewatch.h"
-#include "fontfit.h"
 #include "interfaceoptions.h"
 #include "linkedadapters.h"
-#include "typetreatment.h"
 
-#include <QEvent>
 #include <QRegularExpressionValidator>
-#include <QShowEvent>
-
-#include <algorithm>
 
 namespace {
 using Adapter = AbstractCanAdapter;
 
 constexpr int changeInterval = 250; // ms
-constexpr int usualMinimumWidth = 500;
 constexpr int highestSerialBaudrate = 9999999;
 
 // The values of OptionStopBits.
@@ -107,34 +111,6 @@ void CanInterfaceWidget::limitInput()
     ui->cb_Baudrate->setValidator(new QIntValidator(0, highestSerialBaudrate, this));
     ui->le_ipAddress->setValidator(new QRegularExpressionValidator(ipAddressPattern(), this));
     ui->le_port->setValidator(new QRegularExpressionValidator(portPattern(), this));
-}
-
-/// Fields below one another begin at one line, whatever the font is.
-void CanInterfaceWidget::fitToFont()
-{
-    alignLabels({ui->lblCanInterfaceType, ui->lblCanDevice, ui->lblBitrate, ui->lblDescription, ui->lblLinkedAdapter,
-                 ui->lblUsdoId});
-    alignLabels({ui->lblIpAddress, ui->lblPort, ui->lblReconnectTimeout, ui->lblConnectTimeout,
-                 ui->lblDisconnectTimeout, ui->lblIpProtocol});
-    alignLabels({ui->lblXm3FilterMode, ui->lblXm3CanId_1, ui->lblXm3CanId_2, ui->lblXm3CanId_3, ui->lblXm3CanId_4,
-                 ui->lblXm3FilterAMR, ui->lblXm3FilterACR});
-    ui->groupBox->setMinimumWidth(widthInColumns(*ui->gridLayout, capabilityBoxes(), 1));
-    arrangeBoxes();
-}
-
-void CanInterfaceWidget::arrangeBoxes()
-{
-    const int columns = ui->groupBox->width() < widthInColumns(*ui->gridLayout, capabilityBoxes(), 2) ? 1 : 2;
-    if (columns == boxColumns)
-        return;
-    boxColumns = columns;
-    arrangeInColumns(*ui->gridLayout, capabilityBoxes(), columns);
-}
-
-QList<QWidget *> CanInterfaceWidget::capabilityBoxes() const
-{
-    return {ui->chLogErrorFrames, ui->cbListenOnly,     ui->cbAutoBusOn, ui->cbLowSpeed,
-            ui->cbSystemTime,     ui->cbContSystemTime, ui->cbForcedEcho};
 }
 
 // ---- The current adapter.
@@ -273,7 +249,7 @@ void CanInterfaceWidget::checkForChanges()
     emit sigUpdateAdapter();
 }
 
-// ---- Devices and appearance.
+// ---- What an application sets.
 
 void CanInterfaceWidget::prohibitCanFd()
 {
@@ -296,44 +272,4 @@ bool CanInterfaceWidget::nativeEvent(const QByteArray &eventType, void *message,
     Q_UNUSED(message)
     Q_UNUSED(result)
     return false;
-}
-
-void CanInterfaceWidget::showEvent(QShowEvent *event)
-{
-    QWidget::showEvent(event);
-    // A window that is only restored has lost nothing; and to select the type anew sets back what is not taken over yet.
-    if (event->spontaneous())
-        return;
-    on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
-    if (parentWidget() != nullptr) {
-        move(parentWidget()->geometry().center() - rect().center());
-        // A layout that keeps the form has the last word on its place.
-        updateGeometry();
-    }
-    if (ui->cbCanfdConfig->isChecked()) {
-        ui->lbCanFdDataBitrate->show();
-        ui->cbCanFdDataBitrate->show();
-    }
-}
-
-void CanInterfaceWidget::resizeEvent(QResizeEvent *event)
-{
-    QWidget::resizeEvent(event);
-    arrangeBoxes();
-}
-
-bool CanInterfaceWidget::event(QEvent *event)
-{
-    const bool done = QWidget::event(event);
-    // A font may be so large that the usual width cuts texts off.
-    if (event->type() == QEvent::LayoutRequest)
-        setMinimumWidth(std::max(usualMinimumWidth, ui->verticalLayout->totalMinimumSize().width()));
-    return done;
-}
-
-void CanInterfaceWidget::changeEvent(QEvent *event)
-{
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        fitToFont();
 }

@@ -6,6 +6,7 @@ class TestCanInterfaceCapabilities : public QObject
     Q_OBJECT
 
 private slots:
+    void newFormRemembersNoChoice();
     void featureEnablesItsBox_data();
     void featureEnablesItsBox();
     void toolTipSaysWhatIsNotOffered_data();
@@ -24,25 +25,10 @@ private slots:
     void selectableLowSpeedOutdoesLowSpeedOnly();
     void lowSpeedLeavesTheSlowBitrates();
     void endOfLowSpeedBringsTheBitratesBack();
-    void canFdShowsItsGroup_data();
-    void canFdShowsItsGroup();
-    void canFdGroupShowsTheRememberedState();
-    void canFdFillsTheListsForItsBus();
-    void prohibitedCanFdIsHiddenByName();
-    void prohibitedCanFdIsOfferedByAFeatureWord();
     void typeAnswersForDevicesWithoutFeatureWord();
     void deviceAnswersForItselfOnceItIsSelected();
     void withoutFeatureWordErrorFramesAndListenOnlyAreNotOffered();
     void withoutFeatureWordTheFactorySaysAutoBusOn();
-    void toggledGroupEnablesTheDataBitrate_data();
-    void toggledGroupEnablesTheDataBitrate();
-    void uncheckedGroupKeepsTheDataBitrateVisible();
-    void clickedGroupFillsTheBitrates();
-    void clickedGroupOfTheSystemFillsNothing();
-    void lockedGroupStaysAsItIs_data();
-    void lockedGroupStaysAsItIs();
-    void newLockTakesThePlaceOfTheOldOne();
-    void shownFormShowsTheDataBitrate();
 };
 
 namespace {
@@ -81,6 +67,16 @@ void offer(const InterfaceForm &form, unsigned int features)
     form->handleDeviceFeatures(features, plainType);
 }
 } // namespace
+
+void TestCanInterfaceCapabilities::newFormRemembersNoChoice()
+{
+    const InterfaceForm form;
+    offer(form, InterfaceForm::mostFeatures);
+    for (const char *name : {"chLogErrorFrames", "cbListenOnly", "cbLowSpeed", "cbAutoBusOn"}) {
+        QVERIFY2(form.box(name)->isEnabled(), name);
+        QVERIFY2(!form.box(name)->isChecked(), name);
+    }
+}
 
 void TestCanInterfaceCapabilities::featureEnablesItsBox_data()
 {
@@ -265,70 +261,6 @@ void TestCanInterfaceCapabilities::endOfLowSpeedBringsTheBitratesBack()
              QStringList({QStringLiteral("125 kBit/s"), QStringLiteral("250 kBit/s"), QStringLiteral("User bitrate")}));
 }
 
-void TestCanInterfaceCapabilities::canFdShowsItsGroup_data()
-{
-    QTest::addColumn<unsigned int>("features");
-    QTest::addColumn<bool>("shown");
-    QTest::newRow("CAN FD") << 0x80U << true;
-    QTest::newRow("no CAN FD") << ~0x80U << false;
-}
-
-void TestCanInterfaceCapabilities::canFdShowsItsGroup()
-{
-    QFETCH(unsigned int, features);
-    QFETCH(bool, shown);
-    const InterfaceForm form;
-    offer(form, unsigned(Adapter::FeatureCanFd));
-    offer(form, features);
-    for (const char *name : {"cbCanfdConfig", "lbCanFdDataBitrate", "cbCanFdDataBitrate"})
-        QVERIFY2(form.isShown(name) == shown, name);
-}
-
-void TestCanInterfaceCapabilities::canFdGroupShowsTheRememberedState()
-{
-    const InterfaceForm form;
-    form.setValue(Adapter::OptionUseCanFd, true);
-    offer(form, 0);
-    QVERIFY(!form.fdGroup()->isChecked());
-    offer(form, Adapter::FeatureCanFd);
-    QVERIFY(form.fdGroup()->isChecked());
-    form.setValue(Adapter::OptionUseCanFd, false);
-    offer(form, 0);
-    offer(form, Adapter::FeatureCanFd);
-    QVERIFY(!form.fdGroup()->isChecked());
-}
-
-void TestCanInterfaceCapabilities::canFdFillsTheListsForItsBus()
-{
-    const InterfaceForm form;
-    InterfaceForm::family(plainType)->fdArbitrationBitrates = {{QStringLiteral("500 kBit/s"), 500}};
-    form.setValue(Adapter::OptionUseCanFd, true);
-    offer(form, Adapter::FeatureCanFd);
-    QCOMPARE(InterfaceForm::texts(form.list("cbBitrate")), QStringList(QStringLiteral("500 kBit/s")));
-    offer(form, 0);
-    QCOMPARE(form.list("cbBitrate")->count(), 2);
-}
-
-void TestCanInterfaceCapabilities::prohibitedCanFdIsHiddenByName()
-{
-    const InterfaceForm form;
-    InterfaceForm::family(plainType)->deviceMap = {{QStringLiteral("Leaf"), unsigned(Adapter::FeaturesUnknown)}};
-    InterfaceForm::family(plainType)->fdDevices = {QStringLiteral("Type 2"), QStringLiteral("Leaf")};
-    form.selectType(plainType);
-    QVERIFY(form.isShown("cbCanfdConfig"));
-    form->prohibitCanFd();
-    form.selectTypeAnew(plainType);
-    QVERIFY(!form.isShown("cbCanfdConfig"));
-}
-
-void TestCanInterfaceCapabilities::prohibitedCanFdIsOfferedByAFeatureWord()
-{
-    const InterfaceForm form;
-    form->prohibitCanFd();
-    offer(form, Adapter::FeatureCanFd);
-    QVERIFY(form.isShown("cbCanfdConfig"));
-}
-
 void TestCanInterfaceCapabilities::typeAnswersForDevicesWithoutFeatureWord()
 {
     const InterfaceForm form;
@@ -376,98 +308,6 @@ void TestCanInterfaceCapabilities::withoutFeatureWordTheFactorySaysAutoBusOn()
     family->autoBusOnDevices = {QStringLiteral("Type 2")};
     form.selectType(plainType);
     QVERIFY(form.box("cbAutoBusOn")->isEnabled());
-}
-
-void TestCanInterfaceCapabilities::toggledGroupEnablesTheDataBitrate_data()
-{
-    QTest::addColumn<bool>("checked");
-    QTest::addColumn<bool>("changeable");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("checked") << true << true << true;
-    QTest::newRow("checked, fixed") << true << false << false;
-    QTest::newRow("unchecked") << false << true << false;
-}
-
-void TestCanInterfaceCapabilities::toggledGroupEnablesTheDataBitrate()
-{
-    QFETCH(bool, checked);
-    QFETCH(bool, changeable);
-    const InterfaceForm form;
-    InterfaceForm::family(plainType)->baudrateChangeable = changeable;
-    form.selectType(plainType);
-    form.fdGroup()->setChecked(!checked);
-    form.fdGroup()->setChecked(checked);
-    QTEST(form.list("cbCanFdDataBitrate")->isEnabled(), "enabled");
-}
-
-void TestCanInterfaceCapabilities::uncheckedGroupKeepsTheDataBitrateVisible()
-{
-    const InterfaceForm form;
-    form.selectType(plainType);
-    form.fdGroup()->setChecked(true);
-    form.fdGroup()->setChecked(false);
-    QVERIFY(form.isShown("lbCanFdDataBitrate"));
-    QVERIFY(form.isShown("cbCanFdDataBitrate"));
-}
-
-void TestCanInterfaceCapabilities::clickedGroupFillsTheBitrates()
-{
-    const InterfaceForm form;
-    InterfaceForm::family(plainType)->fdArbitrationBitrates = {{QStringLiteral("500 kBit/s"), 500}};
-    form.selectType(plainType);
-    form->on_cbCanfdConfig_clicked(true);
-    QCOMPARE(InterfaceForm::texts(form.list("cbBitrate")), QStringList(QStringLiteral("500 kBit/s")));
-    form->on_cbCanfdConfig_clicked(false);
-    QCOMPARE(form.list("cbBitrate")->count(), 2);
-}
-
-void TestCanInterfaceCapabilities::clickedGroupOfTheSystemFillsNothing()
-{
-    const InterfaceForm form;
-    form.selectTypeAnew(Adapter::CanAdapterSocketCan);
-    form->on_cbCanfdConfig_clicked(true);
-    QCOMPARE(form.list("cbBitrate")->count(), 1);
-}
-
-void TestCanInterfaceCapabilities::lockedGroupStaysAsItIs_data()
-{
-    QTest::addColumn<bool>("state");
-    QTest::newRow("checked") << true;
-    QTest::newRow("unchecked") << false;
-}
-
-void TestCanInterfaceCapabilities::lockedGroupStaysAsItIs()
-{
-    QFETCH(bool, state);
-    const InterfaceForm form;
-    form.selectType(plainType);
-    form->disableFDCheckbox(state);
-    QCOMPARE(form.fdGroup()->isChecked(), state);
-    form.fdGroup()->setChecked(!state);
-    QCOMPARE(form.fdGroup()->isChecked(), state);
-}
-
-void TestCanInterfaceCapabilities::newLockTakesThePlaceOfTheOldOne()
-{
-    const InterfaceForm form;
-    form.selectType(plainType);
-    form->disableFDCheckbox(false);
-    form->disableFDCheckbox(true);
-    QVERIFY(form.fdGroup()->isChecked());
-    form.fdGroup()->setChecked(false);
-    QVERIFY(form.fdGroup()->isChecked());
-}
-
-void TestCanInterfaceCapabilities::shownFormShowsTheDataBitrate()
-{
-    const InterfaceForm form;
-    form.setValue(Adapter::OptionUseCanFd, true);
-    form.selectType(plainType);
-    form.list("cbCanFdDataBitrate")->hide();
-    form.label("lbCanFdDataBitrate")->hide();
-    form->show();
-    QVERIFY(form.list("cbCanFdDataBitrate")->isVisible());
-    QVERIFY(form.label("lbCanFdDataBitrate")->isVisible());
 }
 
 QTEST_MAIN(TestCanInterfaceCapabilities)
