@@ -1,7 +1,12 @@
 #include "interfaceform.h"
 #include "optionrecords.h"
 
-// The options that select a bitrate.
+#include <QDialog>
+#include <QTimer>
+
+#include <functional>
+
+// The options that select a bitrate, and the buttons that make one by hand.
 class TestCanInterfaceBitrates : public QObject
 {
     Q_OBJECT
@@ -15,10 +20,51 @@ private slots:
     void bitrateKeepsTheUserEntry();
     void numberSelectsNoBitrate();
     void defaultBitrateIsSelectedAtFirst();
+    void buttonShowsTheLimitsOfItsPhase_data();
+    void buttonShowsTheLimitsOfItsPhase();
+    void buttonWithoutAdapterShowsNoLimits();
+    void timingMadeByHandIsTheAdapters();
 };
 
 namespace {
 using Adapter = AbstractCanAdapter;
+
+constexpr auto plainType = Adapter::CanAdapterPcanBasic;
+
+CAN::CANBitTimingThresholds limits(quint16 clock)
+{
+    return {clock, 1, 64, 2, 16, 2, 8, 4, true};
+}
+
+/// The form with a type whose timings may be made by hand, and are selected so.
+void selectUserBitrates(const InterfaceForm &form)
+{
+    FakeFamily *family = InterfaceForm::family(plainType);
+    family->classicBitTiming = family->fdBitTiming = true;
+    family->create = [](const QString &device) {
+        auto *adapter = new FakeAdapter(plainType, device);
+        adapter->supportedOptions << Adapter::OptionClassicBusParameter;
+        adapter->classicThresholds = limits(24);
+        adapter->dataThresholds = limits(80);
+        return adapter;
+    };
+    form.selectType(plainType);
+    form.fdGroup()->setChecked(true);
+    for (const char *list : {"cbBitrate", "cbCanFdDataBitrate"})
+        form.list(list)->setCurrentText(QStringLiteral("User bitrate"));
+}
+
+/// Answers the dialog that the click brings up.
+void click(QPushButton *button, const std::function<void(QDialog &)> &answer)
+{
+    QTimer::singleShot(0, button, [answer] {
+        auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+        if (dialog == nullptr)
+            qFatal("no dialog runs");
+        answer(*dialog);
+    });
+    button->click();
+}
 } // namespace
 
 void TestCanInterfaceBitrates::classicTimingSelectsTheUserEntry_data()
@@ -99,6 +145,57 @@ void TestCanInterfaceBitrates::defaultBitrateIsSelectedAtFirst()
     form->setDefaultBitrate(125);
     form.selectType(2);
     QCOMPARE(form.list("cbBitrate")->currentText(), QStringLiteral("125 kBit/s"));
+}
+
+void TestCanInterfaceBitrates::buttonShowsTheLimitsOfItsPhase_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("arbitration") << "btnEdtClassicBitrate" << limits(24).toString();
+    QTest::newRow("data") << "btnEdtFDBitrate" << limits(80).toString();
+}
+
+void TestCanInterfaceBitrates::buttonShowsTheLimitsOfItsPhase()
+{
+    QFETCH(QString, button);
+    const InterfaceForm form;
+    selectUserBitrates(form);
+    QString shown;
+    click(form->findChild<QPushButton *>(button), [&](QDialog &dialog) {
+        shown = dialog.findChild<QLabel *>(QStringLiteral("lblThresholds"))->text();
+        dialog.reject();
+    });
+    QTEST(shown, "text");
+}
+
+void TestCanInterfaceBitrates::buttonWithoutAdapterShowsNoLimits()
+{
+    const InterfaceForm form;
+    selectUserBitrates(form);
+    InterfaceForm::family(plainType)->create = [](const QString &) { return nullptr; };
+    QString shown;
+    click(form.find<QPushButton>("btnEdtClassicBitrate"), [&](QDialog &dialog) {
+        shown = dialog.findChild<QLabel *>(QStringLiteral("lblThresholds"))->text();
+        dialog.reject();
+    });
+    QVERIFY(shown != limits(24).toString());
+}
+
+void TestCanInterfaceBitrates::timingMadeByHandIsTheAdapters()
+{
+    const InterfaceForm form;
+    selectUserBitrates(form);
+    click(form.find<QPushButton>("btnEdtClassicBitrate"), [](QDialog &dialog) {
+        dialog.findChild<QLineEdit *>(QStringLiteral("edtName"))->setText(QStringLiteral("mine"));
+        dialog.accept();
+    });
+    QCOMPARE(form.list("cbBitrate")->currentText(), QStringLiteral("User bitrate - mine"));
+    const std::unique_ptr<Adapter> adapter(form->createAdapterFromSettings());
+    const auto parameter = adapter->getCanAdapterOption(Adapter::OptionClassicBusParameter)
+                               .value<CAN::CANClassicBusParameter>();
+    QCOMPARE(parameter.name, QStringLiteral("mine"));
+    QVERIFY(parameter.userDefined);
+    QCOMPARE(adapter->getCanAdapterOption(Adapter::OptionBitrate), QVariant(BitrateLists::UserBitrateMarker));
 }
 
 QTEST_MAIN(TestCanInterfaceBitrates)
