@@ -126,7 +126,7 @@ void AdapterFlagsDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
 QSize AdapterFlagsDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
 {
     const int width = boxWidth(boxFont(option.font)) * hintedBoxes + hintedMargin;
-    qDebug() << width;
+    qDebug() << Q_FUNC_INFO << width;
     return {width, hintedHeight};
 }
 
