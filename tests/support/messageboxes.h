@@ -9,7 +9,8 @@
 
 #include <functional>
 
-/// Watches the application for message boxes while it lives, notes what each says, and answers it with a click on Ok.
+/// Watches the application for message boxes while it lives, notes what each says, and answers it with a click: on the
+/// button that the test wants, or on Ok.
 class MessageBoxes : public QObject
 {
 public:
@@ -21,11 +22,16 @@ public:
         QMessageBox::StandardButtons buttons;
         QMessageBox::Icon icon;
         QPointer<QWidget> parent;
+        QStringList buttonTexts; ///< sorted: the style has its own order on the screen
+        Qt::WindowFlags windowFlags;
+        bool isModal;
     };
 
     MessageBoxes() { qApp->installEventFilter(this); }
 
     QList<Box> shown;
+    /// The texts of the buttons to click, one a box; Ok from then on.
+    QStringList answers;
     /// Called when a box is up, before it is answered.
     std::function<void()> whileShown;
 
@@ -44,7 +50,7 @@ protected:
         auto *box = event->type() == QEvent::Show ? qobject_cast<QMessageBox *>(object) : nullptr;
         if (box != nullptr) {
             shown.append({box->windowTitle(), box->text(), box->informativeText(), box->standardButtons(), box->icon(),
-                          box->parentWidget()});
+                          box->parentWidget(), buttonTexts(*box), box->windowFlags(), box->isModal()});
             QMetaObject::invokeMethod(
                 this, [this, box = QPointer<QMessageBox>(box)] { answer(box); }, Qt::QueuedConnection);
         }
@@ -52,11 +58,34 @@ protected:
     }
 
 private:
+    static QStringList buttonTexts(const QMessageBox &box)
+    {
+        QStringList texts;
+        for (const QAbstractButton *button : box.buttons())
+            texts.append(button->text());
+        texts.sort();
+        return texts;
+    }
+
+    static QAbstractButton *buttonOf(const QMessageBox &box, const QString &text)
+    {
+        for (QAbstractButton *button : box.buttons()) {
+            if (button->text() == text)
+                return button;
+        }
+        return box.button(QMessageBox::Ok);
+    }
+
     void answer(const QPointer<QMessageBox> &box)
     {
         if (whileShown)
             whileShown();
-        if (box && box->button(QMessageBox::Ok) != nullptr)
-            box->button(QMessageBox::Ok)->click();
+        if (!box || !box->isVisible())
+            return;
+        QAbstractButton *button = buttonOf(*box, answers.isEmpty() ? QString() : answers.takeFirst());
+        if (button != nullptr)
+            button->click();
+        else
+            box->reject(); // a question that the test did not expect: it fails, and does not wait for ever
     }
 };
