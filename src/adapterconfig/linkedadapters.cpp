@@ -1,5 +1,7 @@
 #include "linkedadapters.h"
 
+#include "adaptertype.h"
+
 #include <QComboBox>
 
 namespace {
@@ -11,11 +13,6 @@ QString linkedAdapterText(unsigned int identifier, const Adapter &adapter)
     const QString description = adapter.getCanAdapterOption(Adapter::OptionDescription).toString();
     const QString text = QStringLiteral("%1 - ").arg(identifier) + name;
     return description.isEmpty() ? text : text + QStringLiteral(" (%1 - %2)").arg(identifier).arg(description);
-}
-
-unsigned int identifierOf(const Adapter &adapter)
-{
-    return adapter.getCanAdapterOption(Adapter::OptionAdapterId).toUInt();
 }
 } // namespace
 

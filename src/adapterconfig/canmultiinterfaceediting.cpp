@@ -1,0 +1,189 @@
+// What the user does to the saved adapters by way of the form, and what is asked about edits that wait there.
+
+#include "canmultiinterfacedialog.h"
+#include "ui_canmultiinterfacedialog.h"
+
+#include "adaptertype.h"
+#include "adapterupdate.h"
+#include "canmultiinterfacemodel.h"
+#include "editingplace.h"
+#include "editquestions.h"
+
+#include <QDebug>
+
+namespace {
+/// Whoever hears of a change may remove an adapter again, so the pointer is a guarded one.
+void deleteUnlessTaken(const QPointer<AbstractCanAdapter> &adapter, MultiCanAdapterHandler &collection)
+{
+    if (adapter && !collection.getAdapterMap()->values().contains(adapter))
+        delete adapter;
+}
+} // namespace
+
+std::unique_ptr<AbstractCanAdapter> CanMultiInterfaceDialog::adapterFromForm() const
+{
+    return std::unique_ptr<AbstractCanAdapter>(interfaceWidget->createAdapterFromSettings().data());
+}
+
+CanMultiInterfaceDialog::Edits CanMultiInterfaceDialog::edits() const
+{
+    if (!selectedAdapter)
+        return Edits::None;
+    const std::unique_ptr<AbstractCanAdapter> edited = adapterFromForm();
+    if (edited == nullptr)
+        return Edits::Unknown;
+    return *edited == *selectedAdapter ? Edits::None : Edits::Some;
+}
+
+bool CanMultiInterfaceDialog::updateSelectedAdapter()
+{
+    if (edits() != Edits::Some)
+        return false;
+    const UpdateRequests::Hold hold(updateRequests);
+    const EditChoice choice = askBeforeSelectionChange(this);
+    // It was for the adapter that the form is about to leave.
+    updateRequests.dropKept();
+    return choice == EditChoice::Apply;
+}
+
+void CanMultiInterfaceDialog::updateAdapterForRow(int row)
+{
+    std::unique_ptr<AbstractCanAdapter> edited = adapterFromForm();
+    AbstractCanAdapter *saved = adapterAt(row);
+    if (edited == nullptr || saved == nullptr)
+        return;
+    const quint16 identifier = identifierOf(*saved);
+    copyAdapterOption(AbstractCanAdapter::OptionPrimary, saved, edited.get());
+    copyAdapterOption(AbstractCanAdapter::OptionActive, saved, edited.get());
+    const QPointer<AbstractCanAdapter> given = edited.release();
+    adapterHandler->updateAdapter(identifier, given);
+    deleteUnlessTaken(given, *adapterHandler);
+    model->updateData();
+}
+
+void CanMultiInterfaceDialog::copyAdapterOption(AbstractCanAdapter::AdapterOption option, AbstractCanAdapter *from,
+                                                AbstractCanAdapter *to)
+{
+    to->setCanAdapterOption(option, from->getCanAdapterOption(option));
+}
+
+void CanMultiInterfaceDialog::onUpdateAdapterRequest()
+{
+    qDebug() << Q_FUNC_INFO << currentRow();
+    if (updateRequests.comeIn())
+        answerUpdateRequest();
+}
+
+void CanMultiInterfaceDialog::answerUpdateRequest()
+{
+    // To replace an adapter that stays the same would do nothing but end its connection.
+    if (!wouldUpdateChange())
+        return;
+    const UpdateRequests::Hold hold(updateRequests);
+    const EditingPlace place(interfaceWidget);
+    on_btnUpdateInterface_clicked();
+    place.comeBack();
+    // The form was filled from what it said itself.
+    updateRequests.dropKept();
+}
+
+bool CanMultiInterfaceDialog::wouldUpdateChange() const
+{
+    const AbstractCanAdapter *saved = adapterAt(currentRow());
+    const std::unique_ptr<AbstractCanAdapter> edited = adapterFromForm();
+    return saved != nullptr && edited != nullptr && updateWouldChange(*saved, *edited);
+}
+
+void CanMultiInterfaceDialog::on_btnAddInterface_clicked()
+{
+    std::unique_ptr<AbstractCanAdapter> added = adapterFromForm();
+    if (added == nullptr)
+        return;
+    const QPointer<AbstractCanAdapter> given = added.release();
+    const quint16 identifier = adapterHandler->addNewCanAdapter(given, false, false, false);
+    deleteUnlessTaken(given, *adapterHandler);
+    if (!given)
+        return;
+    // What the form says is saved now, so the selection has nothing to ask.
+    selectedAdapter = given;
+    selectRowOfAdapter(identifier);
+}
+
+void CanMultiInterfaceDialog::on_btnUpdateInterface_clicked()
+{
+    const int row = currentRow();
+    if (row < 0)
+        return;
+    updateAdapterForRow(row);
+    selectRow(row);
+}
+
+void CanMultiInterfaceDialog::on_btnClearInterfaces_clicked()
+{
+    emptyForm();
+    adapterHandler->removeAllAdapters();
+    selectedAdapter.clear();
+}
+
+void CanMultiInterfaceDialog::on_btnRemoveSelected_clicked()
+{
+    const int row = currentRow();
+    if (row < 0)
+        return;
+    emptyForm();
+    adapterHandler->removeAdapterAt(static_cast<quint16>(row));
+    selectRow(row);
+}
+
+void CanMultiInterfaceDialog::on_btnUp_clicked()
+{
+    moveSelected(MultiCanAdapterHandler::Up);
+}
+
+void CanMultiInterfaceDialog::on_btnDown_clicked()
+{
+    moveSelected(MultiCanAdapterHandler::Down);
+}
+
+void CanMultiInterfaceDialog::moveSelected(MultiCanAdapterHandler::Direction direction)
+{
+    if (selectedAdapter)
+        selectRowOfAdapter(adapterHandler->moveAdapter(selectedAdapter, direction));
+}
+
+void CanMultiInterfaceDialog::on_btnUpdateCloseConnect_clicked()
+{
+    if (adapterHandler->getAdapterCount() == 0)
+        on_btnAddInterface_clicked();
+    on_btnUpdateInterface_clicked();
+    on_btnClose_clicked();
+    connectRequest = true;
+}
+
+bool CanMultiInterfaceDialog::canDialogBeClosed()
+{
+    const Edits found = edits();
+    if (found != Edits::Some)
+        return found == Edits::None;
+    EditChoice choice = EditChoice::Cancel;
+    {
+        const UpdateRequests::Hold hold(updateRequests);
+        choice = askBeforeClosing(this);
+    }
+    const bool hasRequest = updateRequests.takeKept();
+    switch (choice) {
+    case EditChoice::Apply:
+        on_btnUpdateInterface_clicked();
+        return true;
+    case EditChoice::AddAsNew:
+        on_btnAddInterface_clicked();
+        return false;
+    case EditChoice::Discard:
+        return true;
+    case EditChoice::Cancel:
+        break;
+    }
+    if (hasRequest)
+        answerUpdateRequest();
+    return false;
+}
