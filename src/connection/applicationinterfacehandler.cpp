@@ -1,10 +1,14 @@
 #include "applicationinterfacehandler.h"
 
+#include "canmultiinterfacedialog.h"
 #include "guihelper.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 
 namespace {
+constexpr unsigned int usualBitrate = 250; // kBit/s
+
 /// What the settings of an adapter say of its bitrates.
 struct BusSettings
 {
@@ -203,6 +207,23 @@ void ApplicationInterfaceHandler::updateSchedulerForNewPrimaryAdapter()
         listenForErrors(primaryAdapter);
     }
     emit updateCanConnectionState();
+}
+
+void ApplicationInterfaceHandler::showCanMultiInterfaceSettings(bool hideActiveColumn, bool showConnectButton)
+{
+    if (!adapterHandler || !settingsDatabase)
+        return;
+    CanMultiInterfaceDialog dialog(adapterHandler, directConnect, showConnectButton, nullptr);
+    const QVariant bitrate = settingsDatabase->value(QStringLiteral("defaultBitrate"), usualBitrate);
+    dialog.setDefaultBitrate(static_cast<unsigned short>(bitrate.toUInt()));
+    dialog.hideActiveColumn(hideActiveColumn);
+    dialog.exec();
+    // The dialog has worked on the live collection: there is nothing that its end could take back.
+    if (!adapterHandler || !settingsDatabase)
+        return;
+    settingsDatabase->saveAdapters(adapterHandler->getAdapterMap());
+    if (!settingsDatabase->saveDatabase())
+        qDebug() << Q_FUNC_INFO << "saveDatabase failed — settings may not be persisted";
 }
 
 bool ApplicationInterfaceHandler::isConnected()
