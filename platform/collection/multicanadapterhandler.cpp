@@ -51,18 +51,31 @@ void setLink(Adapter *adapter, quint16 identifier)
     adapter->setCanAdapterOption(Adapter::OptionLinkedAdapter, uint(identifier));
 }
 
-/// Both would open the same hardware.
-bool isSameDevice(const Adapter *a, const Adapter *b)
+/// The hardware that an adapter opens. Read once to be looked for among many.
+struct Device
 {
-    constexpr Adapter::AdapterOption texts[] = {Adapter::OptionDeviceName, Adapter::OptionIpAddress,
-                                                Adapter::OptionPort};
-    const auto isSameText = [=](Adapter::AdapterOption option) {
-        return a->getCanAdapterOption(option).toString() == b->getCanAdapterOption(option).toString();
-    };
-    return a->getCanAdapterOption(Adapter::OptionAdapterType).toUInt()
-        == b->getCanAdapterOption(Adapter::OptionAdapterType).toUInt()
-        && std::all_of(std::begin(texts), std::end(texts), isSameText);
-}
+    explicit Device(const Adapter *adapter)
+        : type(adapter->getCanAdapterOption(Adapter::OptionAdapterType).toUInt())
+        , name(adapter->getCanAdapterOption(Adapter::OptionDeviceName).toString())
+        , address(adapter->getCanAdapterOption(Adapter::OptionIpAddress).toString())
+        , port(adapter->getCanAdapterOption(Adapter::OptionPort).toString())
+    {
+    }
+
+    bool isOpenedBy(const Adapter *adapter) const
+    {
+        // First what differs most often where there are many adapters of one type.
+        return adapter->getCanAdapterOption(Adapter::OptionPort).toString() == port
+            && adapter->getCanAdapterOption(Adapter::OptionDeviceName).toString() == name
+            && adapter->getCanAdapterOption(Adapter::OptionIpAddress).toString() == address
+            && adapter->getCanAdapterOption(Adapter::OptionAdapterType).toUInt() == type;
+    }
+
+    uint type;
+    QString name;
+    QString address;
+    QString port;
+};
 
 class AdapterGuard;
 AdapterGuard *guardOf(const Adapter *adapter);
@@ -204,17 +217,19 @@ AdapterPointer MultiCanAdapterHandlerPrivate::primary() const
 
 bool MultiCanAdapterHandlerPrivate::hasActiveTwin(const Adapter *adapter) const
 {
-    return std::any_of(map.cbegin(), map.cend(), [adapter](const Adapter *other) {
-        return other != adapter && isActive(other) && isSameDevice(other, adapter);
+    const Device device(adapter);
+    return std::any_of(map.cbegin(), map.cend(), [&](const Adapter *other) {
+        return other != adapter && isActive(other) && device.isOpenedBy(other);
     });
 }
 
 void MultiCanAdapterHandlerPrivate::makePrimary(Adapter *adapter)
 {
+    const Device device(adapter);
     for (Adapter *other : qAsConst(map)) {
         if (other == nullptr || other == adapter)
             continue;
-        setRoles(other, false, isActive(other) && !isSameDevice(other, adapter));
+        setRoles(other, false, isActive(other) && !device.isOpenedBy(other));
     }
     setRoles(adapter, true, true);
 }

@@ -144,12 +144,15 @@ QString CanMultiInterfaceModel::getToolTip(const QModelIndex &index) const
 QVariant CanMultiInterfaceModel::getAdapterFlags(const QModelIndex &index) const
 {
     AdapterModelFlags flags;
-    flags.canFd = option(index, AbstractCanAdapter::OptionUseCanFd).toBool();
-    flags.listenOnly = option(index, AbstractCanAdapter::OptionListenOnly).toBool();
-    flags.autoBusOn = option(index, AbstractCanAdapter::OptionAutoBusOn).toBool();
-    flags.errorFrames = option(index, AbstractCanAdapter::OptionLogErrorFrames).toBool();
-    flags.lowSpeed = option(index, AbstractCanAdapter::OptionLowSpeed).toBool();
-    flags.linked = option(index, AbstractCanAdapter::OptionLinkedAdapter).toUInt() != 0;
+    const AbstractCanAdapter *adapter = adapterAt(index);
+    if (adapter != nullptr) {
+        flags.canFd = adapter->getCanAdapterOption(AbstractCanAdapter::OptionUseCanFd).toBool();
+        flags.listenOnly = adapter->getCanAdapterOption(AbstractCanAdapter::OptionListenOnly).toBool();
+        flags.autoBusOn = adapter->getCanAdapterOption(AbstractCanAdapter::OptionAutoBusOn).toBool();
+        flags.errorFrames = adapter->getCanAdapterOption(AbstractCanAdapter::OptionLogErrorFrames).toBool();
+        flags.lowSpeed = adapter->getCanAdapterOption(AbstractCanAdapter::OptionLowSpeed).toBool();
+        flags.linked = adapter->getCanAdapterOption(AbstractCanAdapter::OptionLinkedAdapter).toUInt() != 0;
+    }
     return QVariant::fromValue(flags);
 }
 
@@ -159,9 +162,14 @@ void CanMultiInterfaceModel::updateData()
     endResetModel();
 }
 
+const AbstractCanAdapter *CanMultiInterfaceModel::adapterAt(const QModelIndex &index) const
+{
+    return adapterHandler->adapterAt(static_cast<quint16>(index.row()));
+}
+
 QVariant CanMultiInterfaceModel::option(const QModelIndex &index, AbstractCanAdapter::AdapterOption option) const
 {
-    const AbstractCanAdapter *adapter = adapterHandler->adapterAt(static_cast<quint16>(index.row()));
+    const AbstractCanAdapter *adapter = adapterAt(index);
     return adapter != nullptr ? adapter->getCanAdapterOption(option) : QVariant();
 }
 

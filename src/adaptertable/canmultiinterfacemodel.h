@@ -67,6 +67,7 @@ public slots:
     void updateData();
 
 private:
+    const AbstractCanAdapter *adapterAt(const QModelIndex &index) const;
     QVariant option(const QModelIndex &index, AbstractCanAdapter::AdapterOption option) const;
     QString nameWithDescription(const QModelIndex &index) const;
     QVariant checkState(const QModelIndex &index) const;
