@@ -61,7 +61,6 @@ void CanLinks::addInterfaces()
                                                                           device);
         if (adapter == nullptr)
             continue;
-        adapter->setCanAdapterOption(AbstractCanAdapter::OptionAdapterName, linkName(device));
         m_session->adapters()->addNewCanAdapter(adapter, !m_session->hasInterfaces(), true, false);
     }
 }

@@ -11,7 +11,15 @@ namespace {
 // The simulated nodes send several times in this time; a bus that stays silent for so long has none.
 constexpr int listenMilliseconds = 300;
 constexpr quint16 demoBitrate = 500;
-constexpr quint16 demoFdBitrate = 2000;
+
+/// As the list of bitrates has it, in which the user finds it again.
+QVariant arbitrationBitrate()
+{
+    const auto bitrates = CanAdapterFactory::getSupportedBitrates(AbstractCanAdapter::CanAdapterDemo, true);
+    const auto found = std::find_if(bitrates.begin(), bitrates.end(),
+                                    [](const auto &entry) { return entry.bitrate == demoBitrate; });
+    return found == bitrates.end() ? QVariant() : QVariant::fromValue(*found);
+}
 
 bool isDemo(const AbstractCanAdapter &adapter)
 {
@@ -42,13 +50,10 @@ void DemoSession::addInterfaces()
         AbstractCanAdapter *adapter = CanAdapterFactory::createCanAdapter(AbstractCanAdapter::CanAdapterDemo, name);
         if (adapter == nullptr)
             continue;
-        adapter->setCanAdapterOption(AbstractCanAdapter::OptionAdapterName, name);
         adapter->setCanAdapterOption(AbstractCanAdapter::OptionUseCanFd, true);
-        adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, m_port);
-        adapter->setCanAdapterOption(AbstractCanAdapter::OptionBitrate,
-                                     QVariant::fromValue(CAN::CANBitrateDesc(QString(), demoBitrate)));
-        adapter->setCanAdapterOption(AbstractCanAdapter::OptionFdBitrate,
-                                     QVariant::fromValue(CAN::CANBitrateDesc(QString(), demoFdBitrate)));
+        if (!m_port.isEmpty())
+            adapter->setCanAdapterOption(AbstractCanAdapter::OptionPort, m_port);
+        adapter->setCanAdapterOption(AbstractCanAdapter::OptionBitrate, arbitrationBitrate());
         const bool isPrimary = name.endsWith(QLatin1Char('1'));
         adapter->setCanAdapterOption(AbstractCanAdapter::OptionForcedEcho, isPrimary);
         const quint16 identifier = m_session->adapters()->addNewCanAdapter(adapter, isPrimary, true, false);

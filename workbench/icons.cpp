@@ -58,6 +58,22 @@ QPainterPath arrowToEnd()
     return path;
 }
 
+/// Three sliders, each at a place of its own.
+QPainterPath sliders()
+{
+    constexpr QPointF knobs[] = {{10.5, 3.5}, {5.0, 8.0}, {9.0, 12.5}};
+    constexpr qreal radius = 1.7;
+    QPainterPath path;
+    for (const QPointF &knob : knobs) {
+        path.moveTo(1.5, knob.y());
+        path.lineTo(knob.x() - radius, knob.y());
+        path.addEllipse(knob, radius, radius);
+        path.moveTo(knob.x() + radius, knob.y());
+        path.lineTo(14.5, knob.y());
+    }
+    return path;
+}
+
 QPainterPath outline(Icons::Picture picture)
 {
     switch (picture) {
@@ -69,6 +85,8 @@ QPainterPath outline(Icons::Picture picture)
         return crossedLines();
     case Icons::Follow:
         return arrowToEnd();
+    case Icons::Settings:
+        return sliders();
     }
     return {};
 }

@@ -6,7 +6,7 @@
 /// dark ones, and sharp in any size.
 namespace Icons {
 
-enum Picture { Connect, Disconnect, Clear, Follow };
+enum Picture { Connect, Disconnect, Clear, Follow, Settings };
 
 QIcon icon(Picture picture);
 

@@ -4,5 +4,5 @@
 
 class AbstractCanAdapter;
 
-/// What the user calls an interface: its name or, without one, the device.
+/// What the user calls an interface: its device where the name says no more than that and the type, otherwise the name.
 QString interfaceName(const AbstractCanAdapter &adapter);

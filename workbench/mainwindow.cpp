@@ -13,6 +13,7 @@
 #include "helpmenu.h"
 #include "icons.h"
 #include "identifiermodel.h"
+#include "interfacecommands.h"
 #include "interfacename.h"
 #include "markbar.h"
 #include "messagecommands.h"
@@ -206,6 +207,9 @@ void MainWindow::buildFileAndConnectionMenus()
     m_disconnectAction = addCommand(connection, QStringLiteral("actionDisconnect"), tr("&Disconnect"),
                                     QKeySequence(Qt::SHIFT + Qt::Key_F5), tr("Close all interfaces"));
     connection->addSeparator();
+    m_interfaceCommands = new InterfaceCommands(&m_session, connection);
+    connect(m_interfaceCommands, &InterfaceCommands::connectRequested, this, &MainWindow::connectAdapters);
+    connection->addSeparator();
     m_linksAction = addCommand(
         connection, QStringLiteral("actionLinks"), tr("Connect the CAN &links"), QKeySequence(Qt::CTRL + Qt::Key_F5),
         tr("Make an interface of each CAN link of this computer that is not in use, and connect"));
@@ -372,10 +376,12 @@ void MainWindow::buildToolBar()
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_connectAction->setIcon(Icons::icon(Icons::Connect));
     m_disconnectAction->setIcon(Icons::icon(Icons::Disconnect));
+    m_interfaceCommands->overviewAction()->setIcon(Icons::icon(Icons::Settings));
     m_clearAction->setIcon(Icons::icon(Icons::Clear));
     m_tracePage->followAction()->setIcon(Icons::icon(Icons::Follow));
     bar->addAction(m_connectAction);
     bar->addAction(m_disconnectAction);
+    bar->addAction(m_interfaceCommands->overviewAction());
     bar->addSeparator();
     bar->addAction(m_clearAction);
     bar->addAction(m_tracePage->followAction());
@@ -386,6 +392,7 @@ void MainWindow::showConnection()
     const bool connected = m_session.isConnected();
     m_connectAction->setEnabled(!connected);
     m_disconnectAction->setEnabled(connected);
+    m_interfaceCommands->overviewAction()->setEnabled(!connected);
     m_linksAction->setEnabled(!connected && !m_links->unused().isEmpty());
     m_demoAction->setEnabled(m_demo->isPossible() && !m_demo->isNetworkRunning());
     if (connected && !m_wasConnected)

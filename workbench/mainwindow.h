@@ -15,6 +15,7 @@ class DemoSession;
 class FileLogging;
 class FrameMarks;
 class IdentifierModel;
+class InterfaceCommands;
 class MessageCommands;
 class ReplayPanel;
 class QDockWidget;
@@ -103,6 +104,7 @@ private:
     DemoSession *m_demo;
     CanLinks *m_links;
     ControllerStates *m_controllers;
+    InterfaceCommands *m_interfaceCommands;
     MessageCommands *m_messageCommands;
     QTabWidget *m_tabs;
     TracePage *m_tracePage;

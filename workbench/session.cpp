@@ -96,6 +96,14 @@ bool Session::hasInterfaces() const
     return m_adapters.getAdapterCount() > 0;
 }
 
+bool Session::editInterfaces()
+{
+    m_handler->showCanMultiInterfaceSettings(false, true);
+    // Once more, with what the workbench keeps beside the interfaces; and a failure is told.
+    saveSettings();
+    return m_handler->getDirectConnect();
+}
+
 bool Session::isConnected()
 {
     return m_handler->isConnected();

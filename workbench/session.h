@@ -35,6 +35,9 @@ public:
     CanScheduler *scheduler() const { return m_scheduler; }
 
     bool hasInterfaces() const;
+    /// Lets the user manage the interfaces in a window, and saves them. To be called while none is connected.
+    /// @return whether the user wants them connected
+    bool editInterfaces();
     bool isConnected();
     /// Why the last connection failed or ended by itself, in words for the user; empty if all is well.
     QString failure() const { return m_failure; }

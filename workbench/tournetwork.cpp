@@ -7,6 +7,7 @@
 #include "demosession.h"
 #include "frameprobe.h"
 #include "frametext.h"
+#include "interfacename.h"
 #include "mainwindow.h"
 #include "tourcontext.h"
 #include "touridentifiers.h"
@@ -64,12 +65,10 @@ bool connectDemo(TourContext &tour)
     if (connected == 0)
         return tour.stop(session->failure());
     tour.report().compare(TourContext::tr("Interfaces that connect"), 2, connected);
-    tour.report().add(
-        TourContext::tr("Primary interface"), QStringLiteral("Demo 1"),
-        session->primaryAdapter() != nullptr
-            ? session->primaryAdapter()->getCanAdapterOption(AbstractCanAdapter::OptionAdapterName).toString()
-            : TourContext::tr("none"),
-        session->primaryAdapter() == tour.interfaceAt(0));
+    tour.report().add(TourContext::tr("Primary interface"), QStringLiteral("Demo 1"),
+                      session->primaryAdapter() != nullptr ? interfaceName(*session->primaryAdapter())
+                                                           : TourContext::tr("none"),
+                      session->primaryAdapter() == tour.interfaceAt(0));
     if (connected < 2)
         return false;
     tour.probeInterfaces();

@@ -1,5 +1,6 @@
 #include "canlinks.h"
 #include "fakefamily.h"
+#include "interfacename.h"
 #include "session.h"
 
 #include <QSignalSpy>
@@ -70,9 +71,9 @@ void TestCanLinks::eachLinkBecomesAnInterface()
     plugIn(QStringLiteral("vcan0"));
     m_links->addInterfaces();
     QCOMPARE(int(m_session->adapters()->getAdapterCount()), 2);
-    QCOMPARE(option(0, AbstractCanAdapter::OptionAdapterName).toString(), QStringLiteral("can0"));
+    QCOMPARE(interfaceName(*m_session->adapters()->adapterAt(0)), QStringLiteral("can0"));
     QCOMPARE(option(0, AbstractCanAdapter::OptionDeviceName).toString(), QStringLiteral("can0|mcp251xfd"));
-    QCOMPARE(option(1, AbstractCanAdapter::OptionAdapterName).toString(), QStringLiteral("vcan0"));
+    QCOMPARE(interfaceName(*m_session->adapters()->adapterAt(1)), QStringLiteral("vcan0"));
     QVERIFY(option(0, AbstractCanAdapter::OptionPrimary).toBool());
     QVERIFY(!option(1, AbstractCanAdapter::OptionPrimary).toBool());
     QVERIFY(option(1, AbstractCanAdapter::OptionActive).toBool());

@@ -1,5 +1,6 @@
 #include "demosession.h"
 #include "demonetworkrunner.h"
+#include "interfacename.h"
 #include "messages.h"
 #include "session.h"
 
@@ -53,8 +54,7 @@ void TestDemoSession::twoInterfacesAreAddedOnce()
     QCOMPARE(adapters->getPrimaryAdapter(), adapters->adapterAt(0));
     for (quint16 row = 0; row < 2; ++row) {
         const AbstractCanAdapter *adapter = adapters->adapterAt(row);
-        QCOMPARE(adapter->getCanAdapterOption(AbstractCanAdapter::OptionAdapterName).toString(),
-                 QStringLiteral("Demo %1").arg(row + 1));
+        QCOMPARE(interfaceName(*adapter), QStringLiteral("Demo %1").arg(row + 1));
         QVERIFY(adapter->getCanAdapterOption(AbstractCanAdapter::OptionUseCanFd).toBool());
         QCOMPARE(adapter->getCanAdapterOption(AbstractCanAdapter::OptionPort).toString(), testPort);
     }
