@@ -15,15 +15,27 @@ struct Step
 };
 
 const Step steps[] = {
-    {"empty window", TourSteps::showEmptyWindow},     {"connect", TourSteps::connectDemo},
-    {"meet all nodes", TourSteps::meetAllNodes},      {"send both ways", TourSteps::sendBothWays},
-    {"read an object", TourSteps::readObject},        {"stop and start a node", TourSteps::stopAndStartNode},
-    {"bit rate switch", TourSteps::seeBitRateSwitch}, {"send from the panel", TourSteps::sendFromPanel},
-    {"send cyclically", TourSteps::sendCyclically},   {"show traffic", TourSteps::showTraffic},
-    {"build messages", TourSteps::buildMessages},     {"mark frames", TourSteps::markFrames},
-    {"replay", TourSteps::replayRecordings},          {"log and replay", TourSteps::logAndReplay},
-    {"connect again", TourSteps::connectAgain},       {"save and reopen", TourSteps::saveAndReopen},
-    {"lose nothing", TourSteps::loseNothing},         {"record and open", TourSteps::recordAndOpenTrace},
+    {"empty window", TourSteps::showEmptyWindow},
+    {"connect", TourSteps::connectDemo},
+    {"meet all nodes", TourSteps::meetAllNodes},
+    {"send both ways", TourSteps::sendBothWays},
+    {"read an object", TourSteps::readObject},
+    {"stop and start a node", TourSteps::stopAndStartNode},
+    {"bit rate switch", TourSteps::seeBitRateSwitch},
+    {"send from the panel", TourSteps::sendFromPanel},
+    {"send cyclically", TourSteps::sendCyclically},
+    {"show traffic", TourSteps::showTraffic},
+    {"build messages", TourSteps::buildMessages},
+    {"mark frames", TourSteps::markFrames},
+    {"replay", TourSteps::replayRecordings},
+    {"log and replay", TourSteps::logAndReplay},
+    {"connect again", TourSteps::connectAgain},
+    {"save and reopen", TourSteps::saveAndReopen},
+    {"lose nothing", TourSteps::loseNothing},
+    {"record and open", TourSteps::recordAndOpenTrace},
+    {"interface forms", TourSteps::showInterfaceForms},
+    {"bit timings", TourSteps::showBitTimings},
+    {"interfaces", TourSteps::manageInterfaces},
 };
 } // namespace
 

@@ -30,6 +30,11 @@ bool replayRecordings(TourContext &tour);
 bool recordAndOpenTrace(TourContext &tour);
 bool logAndReplay(TourContext &tour);
 
+// The overview of the interfaces, its form and the bit timings.
+bool manageInterfaces(TourContext &tour);
+bool showInterfaceForms(TourContext &tour);
+bool showBitTimings(TourContext &tour);
+
 // The settings file.
 bool saveAndReopen(TourContext &tour);
 
