@@ -1,6 +1,6 @@
 #include "adapterupdate.h"
 
-#include "adaptercontract.h"
+#include "adaptertype.h"
 
 #include <algorithm>
 
@@ -23,10 +23,20 @@ bool isSame(const Adapter &a, const Adapter &b, Adapter::AdapterOption option)
         return valueOfA == valueOfB;
     }
 }
+
+/// A virtual link has no bitrate, and one that is gone has none any more.
+bool isLinkWithoutBitrate(const Adapter &adapter)
+{
+    const QString device = adapter.getCanAdapterOption(Adapter::OptionDeviceName).toString();
+    return typeOf(adapter) == Adapter::CanAdapterSocketCan && CanAdapterFactory::getSocketCanProps(device).bitrate == 0;
+}
 } // namespace
 
 bool updateWouldChange(const AbstractCanAdapter &saved, AbstractCanAdapter &edited)
 {
+    // The form then shows the default of its list, which nobody has chosen.
+    if (isLinkWithoutBitrate(edited))
+        return edited != saved;
     const auto isKept = [&](Adapter::AdapterOption option) { return isSame(saved, edited, option); };
     const QList<Adapter::AdapterOption> options = edited.getSupportedOptions();
     return !isKept(Adapter::OptionAdapterType) || !isKept(Adapter::OptionDeviceName)

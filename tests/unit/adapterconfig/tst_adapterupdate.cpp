@@ -1,6 +1,6 @@
 #include "adapterupdate.h"
 
-#include "fakeadapter.h"
+#include "fakefamily.h"
 
 #include <QtTest>
 
@@ -28,12 +28,28 @@ class TestAdapterUpdate : public QObject
     Q_OBJECT
 
 private slots:
+    void init();
+    void cleanup() { CanAdapterFactory::unregisterFamily(Adapter::CanAdapterSocketCan); }
+
     void valuesDecide_data();
     void valuesDecide();
     void theDataBitrateCountsWithCanFd();
     void typeAndDeviceDecide();
     void whatTheFormDoesNotSetIsKept();
+    void withoutABitrateTheSystemDictatesNothing_data();
+    void withoutABitrateTheSystemDictatesNothing();
+
+private:
+    FakeFamily *m_family = nullptr;
 };
+
+void TestAdapterUpdate::init()
+{
+    Adapter::SocketCANProps props;
+    props.bitrate = 250;
+    m_family = FakeFamily::install(Adapter::CanAdapterSocketCan);
+    m_family->props.insert(QStringLiteral("can0"), props);
+}
 
 void TestAdapterUpdate::valuesDecide_data()
 {
@@ -94,6 +110,38 @@ void TestAdapterUpdate::whatTheFormDoesNotSetIsKept()
     saved->setCanAdapterOption(Adapter::OptionAdapterId, 7);
     saved->setCanAdapterOption(Adapter::OptionPrimary, true);
     QVERIFY(!updateWouldChange(*saved, *edited));
+}
+
+void TestAdapterUpdate::withoutABitrateTheSystemDictatesNothing_data()
+{
+    QTest::addColumn<int>("option");
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<bool>("changes");
+
+    QTest::newRow("CAN FD") << int(Adapter::OptionUseCanFd) << QVariant(false) << false;
+    QTest::newRow("auto bus on") << int(Adapter::OptionAutoBusOn) << QVariant(true) << false;
+    QTest::newRow("bitrate") << int(Adapter::OptionBitrate) << bitrate("", 0, 0.0) << false;
+    QTest::newRow("data bitrate") << int(Adapter::OptionFdBitrate) << bitrate("", 0, 0.0) << false;
+    QTest::newRow("text") << int(Adapter::OptionDescription) << QVariant(QStringLiteral("right door")) << true;
+    QTest::newRow("device") << int(Adapter::OptionDeviceName) << QVariant(QStringLiteral("can1")) << true;
+    QTest::newRow("type") << int(Adapter::OptionAdapterType) << QVariant(uint(Adapter::CanAdapterDemo)) << true;
+}
+
+void TestAdapterUpdate::withoutABitrateTheSystemDictatesNothing()
+{
+    QFETCH(int, option);
+    QFETCH(QVariant, value);
+    QFETCH(bool, changes);
+    m_family->props.clear();
+    QObject owner;
+    FakeAdapter *saved = makeLink(&owner);
+    FakeAdapter *edited = makeLink(&owner);
+    for (FakeAdapter *adapter : {saved, edited}) {
+        adapter->supportedOptions.append(Adapter::OptionAutoBusOn);
+        adapter->setCanAdapterOption(Adapter::OptionUseCanFd, true);
+    }
+    saved->setCanAdapterOption(static_cast<Adapter::AdapterOption>(option), value);
+    QCOMPARE(updateWouldChange(*saved, *edited), changes);
 }
 
 QTEST_APPLESS_MAIN(TestAdapterUpdate)
