@@ -80,7 +80,7 @@ void CanMultiInterfaceDialog::answerUpdateRequest()
     if (!wouldUpdateChange())
         return;
     const UpdateRequests::Hold hold(updateRequests);
-    const EditingPlace place(interfaceWidget);
+    const EditingPlace place(*this);
     on_btnUpdateInterface_clicked();
     place.comeBack();
     // The form was filled from what it said itself.

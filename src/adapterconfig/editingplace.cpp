@@ -1,15 +1,11 @@
 #include "editingplace.h"
 
-#include <QApplication>
 #include <QLineEdit>
 
-EditingPlace::EditingPlace(const QWidget *form)
+EditingPlace::EditingPlace(const QWidget &window)
+    : m_control(window.focusWidget())
 {
-    QWidget *focus = QApplication::focusWidget();
-    if (focus == nullptr || !form->isAncestorOf(focus))
-        return;
-    m_control = focus;
-    if (const auto *edit = qobject_cast<QLineEdit *>(focus))
+    if (const auto *edit = qobject_cast<QLineEdit *>(m_control))
         m_cursor = edit->cursorPosition();
 }
 

@@ -3,12 +3,12 @@
 #include <QPointer>
 #include <QWidget>
 
-/// Where the user works in a form, to come back to after the form was filled anew under their hands.
+/// Where the user works in a window, to come back to after something was done there that they did not ask for.
 class EditingPlace
 {
 public:
-    /// Remembers the control of the form that has the focus, if there is one.
-    explicit EditingPlace(const QWidget *form);
+    /// Remembers the control of the window that has the focus, or gets it with the window.
+    explicit EditingPlace(const QWidget &window);
 
     /// Gives the focus back, and the cursor its place.
     void comeBack() const;

@@ -25,6 +25,7 @@ private slots:
     void aClickOnALinkThatChangedSelectsOneRow();
     void editsOfALinkAreSavedAtTheNextTick();
     void typingGoesOnWhileALinkIsSaved();
+    void theFocusStaysWhereItIsWhileALinkIsSaved();
     void aRequestIsLogged();
     void aRequestDuringTheQuestionIsNotTheNextRows();
     void aCancelledCloseAppliesWhatWasEdited();
@@ -143,6 +144,18 @@ void TestOverviewLinks::typingGoesOnWhileALinkIsSaved()
     QTest::keyClicks(description, QStringLiteral("no. "));
     m_form->form()->checkForChanges();
     QCOMPARE(m_form->savedDescription(1), QStringLiteral("door no. 2"));
+}
+
+void TestOverviewLinks::theFocusStaysWhereItIsWhileALinkIsSaved()
+{
+    QVERIFY(showMixed());
+    m_form->clickRow(1);
+    auto *close = m_form->find<QPushButton>("btnClose");
+    close->setFocus();
+    m_form->setLink(125);
+    emit CanAdapterFactory::notifier()->devicesChanged(link);
+    QCOMPARE(savedBitrate(1).bitrate, quint16(125));
+    QCOMPARE(QApplication::focusWidget(), close);
 }
 
 void TestOverviewLinks::aRequestIsLogged()
