@@ -9,9 +9,11 @@
 #include <QCloseEvent>
 #include <QDebug>
 #include <QHelpEvent>
+#include <QScopedValueRollback>
 #include <QSettings>
 #include <QToolTip>
 
+#include <algorithm>
 #include <iterator>
 
 namespace {
@@ -145,31 +147,50 @@ int CanMultiInterfaceDialog::currentRow() const
     return ui->tableView->currentIndex().row();
 }
 
-void CanMultiInterfaceDialog::adapterTableSelectionChanged(QModelIndex current, QModelIndex previous)
+int CanMultiInterfaceDialog::rowOf(const AbstractCanAdapter *adapter) const
 {
-    setUpdatesEnabled(false);
-    if (updateSelectedAdapter()) {
-        applyEdits(previous.row(), current.row());
-    } else {
-        ui->btnUpdateInterface->setEnabled(true);
-        // A table that gets the focus by the tab key makes a row current without selecting it.
-        ui->tableView->selectRow(current.row());
-        AbstractCanAdapter *adapter = adapterAt(current.row());
-        if (adapter != nullptr)
-            fillForm(adapter);
-    }
-    setUpdatesEnabled(true);
+    const auto &map = *adapterHandler->getAdapterMap();
+    const auto position = std::find(map.cbegin(), map.cend(), adapter);
+    const bool isThere = adapter != nullptr && position != map.cend();
+    return isThere ? static_cast<int>(std::distance(map.cbegin(), position)) : -1;
 }
 
-/// Comes back to adapterTableSelectionChanged() with the row that the user chose, since to replace an adapter is to
-/// lose the selection.
-void CanMultiInterfaceDialog::applyEdits(int previousRow, int currentRow)
+/// For a row whose adapter the form shows, or is about to: there is nothing to ask.
+void CanMultiInterfaceDialog::markRow(int row)
 {
-    // The selection came from no row if the table was reset before, as by a move of the adapter.
-    updateAdapterForRow(previousRow >= 0 ? previousRow : model->findRowOfId(identifierOf(*selectedAdapter)));
-    selectedAdapter.clear();
-    ui->tableView->selectionModel()->reset();
-    ui->tableView->selectRow(currentRow);
+    const QScopedValueRollback<bool> marking(isMarkingRow, true);
+    ui->tableView->selectRow(row);
+}
+
+void CanMultiInterfaceDialog::markCurrentRowAlone()
+{
+    ui->tableView->clearSelection();
+    markRow(currentRow());
+}
+
+void CanMultiInterfaceDialog::adapterTableSelectionChanged(QModelIndex current, QModelIndex previous)
+{
+    Q_UNUSED(previous)
+    if (isMarkingRow)
+        return;
+    setUpdatesEnabled(false);
+    ui->btnUpdateInterface->setEnabled(true);
+    // While the question stands others may add and remove adapters: a row from before it would be another one's.
+    const QPointer<AbstractCanAdapter> chosen = adapterAt(current.row());
+    const bool isApplied = updateSelectedAdapter();
+    const int row = rowOf(chosen);
+    if (isApplied)
+        updateAdapterForRow(rowOf(selectedAdapter));
+    // The update has reset the table, and one that gets the focus by the tab key makes a row current without
+    // selecting it.
+    markRow(row);
+    AbstractCanAdapter *adapter = adapterAt(row);
+    if (adapter != nullptr)
+        fillForm(adapter);
+    // The click that chose the row goes on to select what is in its place now.
+    if (row != current.row())
+        QMetaObject::invokeMethod(this, &CanMultiInterfaceDialog::markCurrentRowAlone, Qt::QueuedConnection);
+    setUpdatesEnabled(true);
 }
 
 void CanMultiInterfaceDialog::fillForm(AbstractCanAdapter *adapter)
@@ -201,6 +222,8 @@ void CanMultiInterfaceDialog::adapterCountChanged()
 {
     if (model->rowCount() == 0)
         ui->btnUpdateInterface->setEnabled(false);
+    // The table has forgotten its rows, but the form has not, and what the user edits there is for this one.
+    markRow(rowOf(selectedAdapter));
 }
 
 void CanMultiInterfaceDialog::on_btnClose_clicked()

@@ -86,10 +86,12 @@ private:
     Edits edits() const;
     bool wouldUpdateChange() const;
     int currentRow() const;
+    int rowOf(const AbstractCanAdapter *adapter) const;
     void selectRow(int row);
+    void markRow(int row);
+    void markCurrentRowAlone();
     void fillForm(AbstractCanAdapter *adapter);
     void emptyForm();
-    void applyEdits(int previousRow, int currentRow);
     void answerUpdateRequest();
     void moveSelected(MultiCanAdapterHandler::Direction direction);
 
@@ -103,5 +105,6 @@ private:
     QPointer<CheckboxDelegate> primaryDelegate;
     QPointer<AbstractCanAdapter> selectedAdapter;
     bool activeColumnHidden = false;
+    bool isMarkingRow = false;
     UpdateRequests updateRequests;
 };

@@ -147,8 +147,14 @@ void CanMultiInterfaceDialog::on_btnDown_clicked()
 
 void CanMultiInterfaceDialog::moveSelected(MultiCanAdapterHandler::Direction direction)
 {
-    if (selectedAdapter)
-        selectRowOfAdapter(adapterHandler->moveAdapter(selectedAdapter, direction));
+    if (!selectedAdapter)
+        return;
+    const quint16 before = identifierOf(*selectedAdapter);
+    const quint16 identifier = adapterHandler->moveAdapter(selectedAdapter, direction);
+    // A row that moved is chosen anew, with the question about edits.
+    if (identifier != before)
+        ui->tableView->selectionModel()->reset();
+    selectRowOfAdapter(identifier);
 }
 
 void CanMultiInterfaceDialog::on_btnUpdateCloseConnect_clicked()

@@ -20,7 +20,17 @@ private slots:
     void appliedEditsGoToTheRowThatWasLeft();
     void aClickSelectsOneRowWhateverWasApplied();
     void editsStayWithAnAdapterThatMoves();
+    void aMoveThatMovesNothingAsksNothing();
     void whatTheFormCannotBuildIsNoEdit();
+    void editsFindTheirAdapterAfterTheQuestion();
+    void anAdapterThatGoesDuringTheQuestionTakesItsEditsAlong();
+    void anAdapterThatGoesAfterItsMoveTakesItsEditsAlong();
+    void theChosenAdapterIsShownAfterTheQuestion_data();
+    void theChosenAdapterIsShownAfterTheQuestion();
+    void aChosenAdapterThatGoesLeavesTheEditsApplied();
+    void othersThatComeAndGoLeaveTheSelection();
+    void editsAreAppliedAtTheEndWhoeverCame();
+    void editsAreAppliedAtTheEndWhoeverComesMeanwhile();
     void closingAsksAboutEdits();
     void closingWithoutEditsAsksNothing();
     void discardCloses();
@@ -36,6 +46,10 @@ private slots:
 
 private:
     QStringList descriptions() const { return m_form->savedDescriptions(); }
+    void addAdapter()
+    {
+        m_form->collection.addNewCanAdapter(new FakeAdapter(demo, QStringLiteral("West")), false, false, false);
+    }
 
     std::unique_ptr<OverviewForm> m_form;
     QStringList m_before;
@@ -110,6 +124,116 @@ void TestOverviewEdits::editsStayWithAnAdapterThatMoves()
     QCOMPARE(descriptions(), (QStringList{QStringLiteral("2"), QStringLiteral("edited"), QStringLiteral("3")}));
     QCOMPARE(m_form->selectedRows(), QList<int>{1});
     QCOMPARE(m_form->shownDescription(), QStringLiteral("edited"));
+}
+
+void TestOverviewEdits::aMoveThatMovesNothingAsksNothing()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->press("btnUp");
+    QVERIFY(m_form->boxes.shown.isEmpty());
+    QCOMPARE(m_form->shownDescription(), QStringLiteral("edited"));
+}
+
+void TestOverviewEdits::editsFindTheirAdapterAfterTheQuestion()
+{
+    m_form->clickRow(1);
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [this] { m_form->collection.removeAdapterAt(0); };
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->clickRow(2);
+    QCOMPARE(descriptions(), (QStringList{QStringLiteral("edited"), QStringLiteral("3")}));
+}
+
+void TestOverviewEdits::anAdapterThatGoesDuringTheQuestionTakesItsEditsAlong()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [this] { m_form->collection.removeAdapterAt(0); };
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->clickRow(2);
+    QCOMPARE(m_form->boxes.shown.count(), 1);
+    QCOMPARE(descriptions(), (QStringList{QStringLiteral("2"), QStringLiteral("3")}));
+}
+
+void TestOverviewEdits::anAdapterThatGoesAfterItsMoveTakesItsEditsAlong()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [this] { m_form->collection.removeAdapterAt(1); };
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->press("btnDown");
+    QCOMPARE(m_form->boxes.shown.count(), 1);
+    QCOMPARE(descriptions(), (QStringList{QStringLiteral("2"), QStringLiteral("3")}));
+}
+
+void TestOverviewEdits::theChosenAdapterIsShownAfterTheQuestion_data()
+{
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<int>("removedRow");
+
+    QTest::newRow("apply") << QStringLiteral("Apply changes") << 0;
+    QTest::newRow("discard") << QStringLiteral("Discard changes") << 0;
+    QTest::newRow("apply to one that goes") << QStringLiteral("Apply changes") << 1;
+    QTest::newRow("discard for one that goes") << QStringLiteral("Discard changes") << 1;
+}
+
+void TestOverviewEdits::theChosenAdapterIsShownAfterTheQuestion()
+{
+    QFETCH(QString, answer);
+    QFETCH(int, removedRow);
+    addAdapter();
+    m_form->clickRow(1);
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [&] { m_form->collection.removeAdapterAt(static_cast<quint16>(removedRow)); };
+    m_form->boxes.answers = QStringList{answer};
+    m_form->clickRow(2);
+    QCOMPARE(m_form->boxes.shown.count(), 1);
+    QCOMPARE(m_form->shownDescription(), QStringLiteral("3"));
+    QCOMPARE(m_form->table()->currentIndex().row(), 1);
+    QTRY_COMPARE(m_form->selectedRows(), QList<int>{1});
+    QVERIFY(m_form->dialog->updatesEnabled());
+}
+
+void TestOverviewEdits::aChosenAdapterThatGoesLeavesTheEditsApplied()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [this] { m_form->collection.removeAdapterAt(1); };
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->clickRow(1);
+    QCOMPARE(descriptions(), (QStringList{QStringLiteral("edited"), QStringLiteral("3")}));
+    // Nor is that one marked which has its place now.
+    QTRY_COMPARE(m_form->selectedRows(), QList<int>());
+    QVERIFY(m_form->dialog->updatesEnabled());
+}
+
+void TestOverviewEdits::othersThatComeAndGoLeaveTheSelection()
+{
+    m_form->clickRow(1);
+    m_form->editDescription(QStringLiteral("edited"));
+    addAdapter();
+    QCOMPARE(m_form->selectedRows(), QList<int>{1});
+    m_form->collection.removeAdapterAt(0);
+    QCOMPARE(m_form->selectedRows(), QList<int>{0});
+    QCOMPARE(m_form->shownDescription(), QStringLiteral("edited"));
+    QVERIFY(m_form->boxes.shown.isEmpty());
+}
+
+void TestOverviewEdits::editsAreAppliedAtTheEndWhoeverCame()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    addAdapter();
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->press("btnClose");
+    QVERIFY(!m_form->dialog->isVisible());
+    QCOMPARE(m_form->savedDescription(0), QStringLiteral("edited"));
+}
+
+void TestOverviewEdits::editsAreAppliedAtTheEndWhoeverComesMeanwhile()
+{
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->boxes.whileShown = [this] { addAdapter(); };
+    m_form->boxes.answers = QStringList{QStringLiteral("Apply changes")};
+    m_form->press("btnClose");
+    QVERIFY(!m_form->dialog->isVisible());
+    QCOMPARE(m_form->savedDescription(0), QStringLiteral("edited"));
 }
 
 void TestOverviewEdits::whatTheFormCannotBuildIsNoEdit()
