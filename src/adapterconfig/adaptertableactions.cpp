@@ -17,33 +17,39 @@ void check(const QTableView &table, int column, bool canUncheck)
 {
     const QModelIndex cell = table.currentIndex().siblingAtColumn(column);
     QAbstractItemModel *model = table.model();
-    if (!cell.isValid() || table.isColumnHidden(column) || !model->flags(cell).testFlag(Qt::ItemIsUserCheckable))
+    if (!cell.isValid() || !model->flags(cell).testFlag(Qt::ItemIsUserCheckable))
         return;
     const bool isSet = cell.data(Qt::CheckStateRole).toBool();
     if (!isSet || canUncheck)
         model->setData(cell, !isSet, Qt::CheckStateRole);
 }
 
-QAction *addAction(QTableView *table, const QString &name, const QString &text, const QKeySequence &shortcut)
+/// @param canUncheck false for a column of which one cell is always checked
+void addAction(QTableView *table, int column, const QString &name, const QString &text, const QKeySequence &shortcut,
+               bool canUncheck)
 {
     auto *action = new QAction(text, table);
     action->setObjectName(name);
+    action->setData(column);
     action->setShortcut(shortcut);
     action->setShortcutContext(Qt::WidgetShortcut);
     table->addAction(action);
-    return action;
+    QObject::connect(action, &QAction::triggered, table, [=] { check(*table, column, canUncheck); });
 }
 } // namespace
 
 void addAdapterTableActions(QTableView *table)
 {
     table->setContextMenuPolicy(Qt::ActionsContextMenu);
-    const QAction *active = addAction(table, QStringLiteral("actionActive"), Texts::tr("Set active or not"),
-                                      Qt::Key_Space);
-    const QAction *primary = addAction(table, QStringLiteral("actionPrimary"), Texts::tr("Make primary"),
-                                       Qt::CTRL + Qt::Key_Space);
-    QObject::connect(active, &QAction::triggered, table,
-                     [table] { check(*table, CanMultiInterfaceModel::ColumnActive, true); });
-    QObject::connect(primary, &QAction::triggered, table,
-                     [table] { check(*table, CanMultiInterfaceModel::ColumnPrimary, false); });
+    addAction(table, CanMultiInterfaceModel::ColumnActive, QStringLiteral("actionActive"),
+              Texts::tr("Set active or not"), Qt::Key_Space, true);
+    addAction(table, CanMultiInterfaceModel::ColumnPrimary, QStringLiteral("actionPrimary"), Texts::tr("Make primary"),
+              Qt::CTRL + Qt::Key_Space, false);
+}
+
+void offerActionsOfShownColumns(const QTableView &table)
+{
+    const QList<QAction *> actions = table.actions();
+    for (QAction *action : actions)
+        action->setVisible(!table.isColumnHidden(action->data().toInt()));
 }

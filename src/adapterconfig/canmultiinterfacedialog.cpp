@@ -60,6 +60,7 @@ void CanMultiInterfaceDialog::hideActiveColumn(bool hide)
 {
     activeColumnHidden = hide;
     ui->tableView->setColumnHidden(Model::ColumnActive, hide);
+    offerActionsOfShownColumns(*ui->tableView);
 }
 
 bool CanMultiInterfaceDialog::eventFilter(QObject *object, QEvent *event)
@@ -259,7 +260,7 @@ void CanMultiInterfaceDialog::restoreSettings()
     settings.beginGroup(QStringLiteral("CanMultiInterfaceDialog"));
     restoreGeometry(settings.value(QStringLiteral("Geometry")).toByteArray());
     ui->tableView->horizontalHeader()->restoreState(settings.value(QStringLiteral("TVState")).toByteArray());
-    ui->tableView->setColumnHidden(Model::ColumnActive, activeColumnHidden);
+    hideActiveColumn(activeColumnHidden);
     for (const int column : {Model::ColumnPrimary, Model::ColumnActive})
         ui->tableView->setColumnWidth(column, columnWidths[column]);
 }

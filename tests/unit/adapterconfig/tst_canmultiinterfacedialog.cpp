@@ -64,6 +64,7 @@ private slots:
     void keysReachTheCheckColumns();
     void keysLeaveAHiddenColumnAlone();
     void aMenuNamesTheKeys();
+    void theMenuLeavesOutAHiddenColumn();
     void theTabKeyWalksThroughTheWindow();
     void enterUpdates();
 
@@ -73,6 +74,17 @@ private:
         const QPoint place = m_form->table()->visualRect(m_form->table()->model()->index(row, column)).center();
         QHelpEvent event(QEvent::ToolTip, place, m_form->table()->viewport()->mapToGlobal(place));
         QCoreApplication::sendEvent(m_form->table()->viewport(), &event);
+    }
+
+    QStringList menu() const
+    {
+        QStringList entries;
+        for (const QAction *action : m_form->table()->actions()) {
+            if (action->isVisible())
+                entries.append(action->text() + QLatin1Char('|')
+                               + action->shortcut().toString(QKeySequence::PortableText));
+        }
+        return entries;
     }
 
     std::unique_ptr<OverviewForm> m_form;
@@ -534,17 +546,26 @@ void TestCanMultiInterfaceDialog::keysLeaveAHiddenColumnAlone()
     m_form->clickRow(1);
     QTest::keyClick(m_form->table(), Qt::Key_Space);
     QVERIFY(!m_form->adapterAt(1)->isActiveAdapter());
+    QCOMPARE(m_form->selectedRows(), QList<int>{1});
 }
 
 void TestCanMultiInterfaceDialog::aMenuNamesTheKeys()
 {
     m_form->make();
     QCOMPARE(m_form->table()->contextMenuPolicy(), Qt::ActionsContextMenu);
-    QStringList entries;
-    for (const QAction *action : m_form->table()->actions())
-        entries.append(action->text() + QLatin1Char('|') + action->shortcut().toString(QKeySequence::PortableText));
-    QCOMPARE(entries,
+    QCOMPARE(menu(),
              (QStringList{QStringLiteral("Set active or not|Space"), QStringLiteral("Make primary|Ctrl+Space")}));
+}
+
+void TestCanMultiInterfaceDialog::theMenuLeavesOutAHiddenColumn()
+{
+    m_form->make();
+    m_form->dialog->hideActiveColumn(true);
+    QCOMPARE(menu(), QStringList{QStringLiteral("Make primary|Ctrl+Space")});
+    m_form->dialog->show();
+    QCOMPARE(menu(), QStringList{QStringLiteral("Make primary|Ctrl+Space")});
+    m_form->dialog->hideActiveColumn(false);
+    QCOMPARE(menu().count(), 2);
 }
 
 void TestCanMultiInterfaceDialog::theTabKeyWalksThroughTheWindow()
