@@ -69,11 +69,13 @@ private slots:
     void enterUpdates();
 
 private:
+    /// What the dialog alone does, and not the table, which in the end would show the same.
     void showToolTipAt(int row, int column)
     {
+        QWidget *viewport = m_form->table()->viewport();
         const QPoint place = m_form->table()->visualRect(m_form->table()->model()->index(row, column)).center();
-        QHelpEvent event(QEvent::ToolTip, place, m_form->table()->viewport()->mapToGlobal(place));
-        QCoreApplication::sendEvent(m_form->table()->viewport(), &event);
+        QHelpEvent event(QEvent::ToolTip, place, viewport->mapToGlobal(place));
+        m_form->dialog->eventFilter(viewport, &event);
     }
 
     QStringList menu() const
