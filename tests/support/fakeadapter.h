@@ -101,6 +101,8 @@ public:
     std::function<void()> onWrite;
     /// Called within open(), before its result is known.
     std::function<void()> onOpen;
+    /// Called within close(), while the adapter still runs.
+    std::function<void()> onClose;
 
     QStringList calls() const { return record->lines(); }
     QStringList takeCalls() { return record->take(); }
@@ -118,6 +120,8 @@ public:
     void close() override
     {
         say(QStringLiteral("close"));
+        if (onClose)
+            onClose();
         setRunningState(false);
     }
 

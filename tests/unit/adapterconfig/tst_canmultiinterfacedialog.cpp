@@ -53,6 +53,8 @@ private slots:
     void updateCloseConnectAsksForAConnection();
     void updateCloseConnectAddsTheFirstAdapter();
     void nothingIsLeftBehind();
+    void whatAFullCollectionRefusesIsNotLeftBehind();
+    void whatAClosingAdapterRefusesIsNotLeftBehind();
     void geometryAndColumnsComeBack();
     void checkColumnsComeBackInTheirWidth();
     void aHiddenActiveColumnStaysHidden();
@@ -423,6 +425,35 @@ void TestCanMultiInterfaceDialog::nothingIsLeftBehind()
     m_form->press("btnClose");
     m_form->dialog.reset();
     QCOMPARE(m_form->livingAdapters(), int(m_form->collection.getAdapterCount()));
+}
+
+void TestCanMultiInterfaceDialog::whatAFullCollectionRefusesIsNotLeftBehind()
+{
+    QVERIFY(m_form->showWith({demo}));
+    // Every identifier in use, though not by an adapter each.
+    for (int identifier = 2; identifier <= 65535; ++identifier)
+        m_form->collection.getAdapterMap()->insert(static_cast<quint16>(identifier), m_form->adapterAt(0));
+    m_form->press("btnAddInterface");
+    QCOMPARE(m_form->collection.getAdapterCount(), quint16(65535));
+    QCOMPARE(m_form->livingAdapters(), 1);
+}
+
+void TestCanMultiInterfaceDialog::whatAClosingAdapterRefusesIsNotLeftBehind()
+{
+    QVERIFY(m_form->showWith({demo}));
+    auto *adapter = static_cast<FakeAdapter *>(m_form->adapterAt(0));
+    adapter->setRunning(true);
+    int refused = 0;
+    // As a slot may do it that runs an event loop.
+    adapter->onClose = [&] {
+        m_form->press("btnUpdateInterface");
+        refused += int(m_form->adapterAt(0) == adapter);
+    };
+    m_form->editDescription(QStringLiteral("edited"));
+    m_form->press("btnUpdateInterface");
+    QCOMPARE(refused, 1);
+    QCOMPARE(m_form->savedDescriptions(), QStringList{QStringLiteral("edited")});
+    QCOMPARE(m_form->livingAdapters(), 1);
 }
 
 void TestCanMultiInterfaceDialog::geometryAndColumnsComeBack()
