@@ -1,5 +1,14 @@
 #include "canmultiinterfacemodel.h"
 
+namespace {
+// At load, so that a view finds it by its name before a model has given one.
+void registerFlags()
+{
+    qRegisterMetaType<CanMultiInterfaceModel::AdapterModelFlags>();
+}
+Q_CONSTRUCTOR_FUNCTION(registerFlags)
+} // namespace
+
 CanMultiInterfaceModel::CanMultiInterfaceModel(MultiCanAdapterHandler *adapterHandler, QObject *parent)
     : QAbstractTableModel(parent)
     , adapterHandler(adapterHandler)

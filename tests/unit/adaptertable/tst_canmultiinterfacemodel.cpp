@@ -72,6 +72,7 @@ private slots:
     void eachFlagHasItsOption_data();
     void eachFlagHasItsOption();
     void flagsHaveAName();
+    void theirNameIsKnownFromTheStart();
     void aLinkToNobodyCountsAsALink();
     void columnsCanBeUsed_data();
     void columnsCanBeUsed();
@@ -115,6 +116,8 @@ private:
     }
     bool isActive(int row) const { return m_collection->adapterAt(static_cast<quint16>(row))->isActiveAdapter(); }
 
+    // Asked when there is no model yet.
+    const int m_typeAtStart = QMetaType::type("CanMultiInterfaceModel::AdapterModelFlags");
     std::unique_ptr<MultiCanAdapterHandler> m_collection;
     std::unique_ptr<OpenModel> m_model;
 };
@@ -344,6 +347,11 @@ void TestCanMultiInterfaceModel::flagsHaveAName()
     QCOMPARE(cell(0, 0, 257).typeName(), "CanMultiInterfaceModel::AdapterModelFlags");
     QCOMPARE(m_model->getAdapterFlags(m_model->index(0, 4)).userType(),
              qMetaTypeId<CanMultiInterfaceModel::AdapterModelFlags>());
+}
+
+void TestCanMultiInterfaceModel::theirNameIsKnownFromTheStart()
+{
+    QCOMPARE(m_typeAtStart, qMetaTypeId<Model::AdapterModelFlags>());
 }
 
 void TestCanMultiInterfaceModel::aLinkToNobodyCountsAsALink()
