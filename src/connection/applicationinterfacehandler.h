@@ -56,7 +56,8 @@ public:
     QList<QPointer<AbstractCanAdapter>> getConnectedAdapters();
     /// Lets the user manage the adapters in a modal window, and saves them afterwards, however the window was closed.
     /// getDirectConnect() then says whether to connect. The value "defaultBitrate" of the settings, in kBit/s, is what
-    /// an adapter starts with of which nothing is known; 250 while the application has set none.
+    /// an adapter starts with of which nothing is known; 250 while the application has set none. Without settings or a
+    /// collection there is no window.
     /// @param hideActiveColumn for applications that connect one adapter only
     /// @param showConnectButton lets the user ask for a connection
     void showCanMultiInterfaceSettings(bool hideActiveColumn, bool showConnectButton);

@@ -22,8 +22,7 @@ class Bench
 {
 public:
     Bench()
-        : settings(nullptr)
-        , handler(&settings, store, collection.get(), primary, scheduler, nullptr)
+        : handler(settings.get(), store, collection.get(), primary, scheduler, nullptr)
     {
         FakeFamily *family = FakeFamily::install(Adapter::CanAdapterDemo, QStringLiteral("Demo"));
         family->classicBitrates = {{QStringLiteral("125 kBit/s"), 125, 0.0},
@@ -40,7 +39,8 @@ public:
                 return;
             ++shown;
             user(*dialog);
-            dialog->hide(); // if the user left it open
+            isLeftOpen = dialog->isVisible();
+            dialog->hide(); // or the command would not end
         });
         handler.showCanMultiInterfaceSettings(hideActiveColumn, showConnectButton);
     }
@@ -61,7 +61,7 @@ public:
     }
 
     SettingsHome home;
-    SettingsDatabase settings;
+    std::unique_ptr<SettingsDatabase> settings = std::make_unique<SettingsDatabase>(nullptr);
     std::unique_ptr<MultiCanAdapterHandler> collection = std::make_unique<MultiCanAdapterHandler>();
     QPointer<DatachunkHandler> store;
     QPointer<AbstractCanAdapter> primary;
@@ -69,6 +69,7 @@ public:
     ApplicationInterfaceHandler handler;
     MessageBoxes boxes;
     int shown = 0;
+    bool isLeftOpen = false;
 };
 } // namespace
 
@@ -90,7 +91,8 @@ private slots:
     void theUserMayAskForAConnection();
     void theRequestForAConnectionLastsUntilTheNextTime();
     void aFailedSaveIsLoggedAndNoMore();
-    void withoutACollectionNothingShows();
+    void withoutACollectionOrSettingsNothingShows_data();
+    void withoutACollectionOrSettingsNothingShows();
 
 private:
     std::unique_ptr<Bench> m_bench;
@@ -128,7 +130,7 @@ void TestInterfaceSettings::adaptersStartWithTheDefaultBitrate()
     QFETCH(QVariant, setting);
     QFETCH(QString, bitrate);
     if (setting.isValid())
-        m_bench->settings.setValue(QStringLiteral("defaultBitrate"), setting);
+        m_bench->settings->setValue(QStringLiteral("defaultBitrate"), setting);
     QString shown;
     m_bench->command([&](CanMultiInterfaceDialog &dialog) {
         auto *types = dialog.findChild<QComboBox *>(QStringLiteral("cbCanInterfaceType"));
@@ -191,6 +193,7 @@ void TestInterfaceSettings::adaptersAreSavedHoweverTheWindowCloses()
             Bench::press(dialog, "btnUpdateCloseConnect");
     });
     QCOMPARE(m_bench->shown, 1);
+    QVERIFY(!m_bench->isLeftOpen);
     QCOMPARE(Bench::savedAdapters(), 1);
 }
 
@@ -222,9 +225,23 @@ void TestInterfaceSettings::aFailedSaveIsLoggedAndNoMore()
     QVERIFY(m_bench->boxes.shown.isEmpty());
 }
 
-void TestInterfaceSettings::withoutACollectionNothingShows()
+void TestInterfaceSettings::withoutACollectionOrSettingsNothingShows_data()
 {
-    m_bench->collection.reset();
+    QTest::addColumn<bool>("hasCollection");
+    QTest::addColumn<bool>("hasSettings");
+
+    QTest::newRow("no collection") << false << true;
+    QTest::newRow("no settings") << true << false;
+}
+
+void TestInterfaceSettings::withoutACollectionOrSettingsNothingShows()
+{
+    QFETCH(bool, hasCollection);
+    QFETCH(bool, hasSettings);
+    if (!hasCollection)
+        m_bench->collection.reset();
+    if (!hasSettings)
+        m_bench->settings.reset();
     m_bench->command([](CanMultiInterfaceDialog &) {});
     QCoreApplication::processEvents();
     QCOMPARE(m_bench->shown, 0);
