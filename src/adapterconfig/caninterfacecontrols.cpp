@@ -4,6 +4,8 @@
 #include "ui_caninterfacewidget.h"
 
 #include "addresscheck.h"
+#include "bitratelists.h"
+#include "capabilityboxes.h"
 #include "typetreatment.h"
 
 namespace {
@@ -38,23 +40,23 @@ void CanInterfaceWidget::on_cbLowSpeed_stateChanged(int state)
 {
     if (!ui->cbLowSpeed->isEnabled())
         return;
-    capabilities.lowSpeedChanged(state);
+    capabilities->lowSpeedChanged(state);
     updateLSBitrates(state == Qt::Checked);
 }
 
 void CanInterfaceWidget::on_cbListenOnly_stateChanged(int state)
 {
-    capabilities.listenOnlyChanged(state);
+    capabilities->listenOnlyChanged(state);
 }
 
 void CanInterfaceWidget::on_chLogErrorFrames_stateChanged(int state)
 {
-    capabilities.errorFramesChanged(state);
+    capabilities->errorFramesChanged(state);
 }
 
 void CanInterfaceWidget::on_cbAutoBusOn_stateChanged(int state)
 {
-    capabilities.autoBusOnChanged(state);
+    capabilities->autoBusOnChanged(state);
 }
 
 // ---- Input.
@@ -80,7 +82,7 @@ void CanInterfaceWidget::on_xm3cbFilterMode_currentIndexChanged(int index)
 
 void CanInterfaceWidget::setDefaultBitrate(unsigned short bitrate)
 {
-    bitrates.setDefaultBitrate(bitrate);
+    bitrates->setDefaultBitrate(bitrate);
 }
 
 void CanInterfaceWidget::updateBitrates()
@@ -90,57 +92,57 @@ void CanInterfaceWidget::updateBitrates()
 
 void CanInterfaceWidget::updateBitrates(AbstractCanAdapter::CanAdapterType type, bool fd)
 {
-    bitrates.updateBitrates(type, fd);
+    bitrates->updateBitrates(type, fd);
 }
 
 void CanInterfaceWidget::updateLSBitrates(bool lowSpeed)
 {
-    bitrates.updateLSBitrates(lowSpeed, selectedType(), ui->cbCanfdConfig->isChecked());
+    bitrates->updateLSBitrates(lowSpeed, selectedType(), ui->cbCanfdConfig->isChecked());
 }
 
 void CanInterfaceWidget::setBitrateInUi(CAN::CANBitrateDesc bitrate)
 {
-    bitrates.setBitrateInUi(bitrate);
+    bitrates->setBitrateInUi(bitrate);
 }
 
 void CanInterfaceWidget::setFdBitrateInUi(CAN::CANBitrateDesc bitrate)
 {
-    bitrates.setFdBitrateInUi(bitrate);
+    bitrates->setFdBitrateInUi(bitrate);
 }
 
 void CanInterfaceWidget::toggleCANUserBitrate(bool on)
 {
-    bitrates.toggleCANUserBitrate(on);
+    bitrates->toggleCANUserBitrate(on);
 }
 
 void CanInterfaceWidget::toggleCANFDUserBitrate(bool on)
 {
-    bitrates.toggleCANFDUserBitrate(on);
+    bitrates->toggleCANFDUserBitrate(on);
 }
 
 void CanInterfaceWidget::toggleSystecBtrExt(bool on)
 {
-    bitrates.toggleSystecBtrExt(on);
+    bitrates->toggleSystecBtrExt(on);
 }
 
 void CanInterfaceWidget::on_cbBitrate_currentIndexChanged(int index)
 {
-    bitrates.classicIndexChanged(index);
+    bitrates->classicIndexChanged(index);
 }
 
 void CanInterfaceWidget::on_cbCanFdDataBitrate_currentIndexChanged(int index)
 {
-    bitrates.dataIndexChanged(index);
+    bitrates->dataIndexChanged(index);
 }
 
 void CanInterfaceWidget::on_btnEdtClassicBitrate_clicked()
 {
-    bitrates.editClassicTiming(timingLimits(false));
+    bitrates->editClassicTiming(timingLimits(false));
 }
 
 void CanInterfaceWidget::on_btnEdtFDBitrate_clicked()
 {
-    bitrates.editDataTiming(timingLimits(true), static_cast<Type>(currentType));
+    bitrates->editDataTiming(timingLimits(true), static_cast<Type>(currentType));
 }
 
 /// Those of the controller that the form describes; none if there is none.

@@ -3,6 +3,7 @@
 #include "caninterfacewidget.h"
 #include "ui_caninterfacewidget.h"
 
+#include "capabilityboxes.h"
 #include "devicelist.h"
 
 namespace {
@@ -147,7 +148,7 @@ void CanInterfaceWidget::offerCapabilities(Type type, const QString &factoryName
 
 void CanInterfaceWidget::offerByName(Type type, const QString &factoryName)
 {
-    offerCanFd(CanAdapterFactory::isInterfaceFd(type, factoryName) && capabilities.canFdAllowed);
+    offerCanFd(CanAdapterFactory::isInterfaceFd(type, factoryName) && capabilities->canFdAllowed);
     enableLowSpeedCheckBox(CanAdapterFactory::isInterfaceLowSpeed(type, factoryName));
     enableAutoBusOnCheckBox(CanAdapterFactory::canDisableAutoBusOn(type, factoryName), false);
     enableErrorFramesCheckBox(false);
@@ -161,7 +162,7 @@ void CanInterfaceWidget::handleDeviceFeatures(unsigned int features, AbstractCan
     enableErrorFramesCheckBox(has(Adapter::FeatureErrorFrames));
     offerLowSpeed(has(Adapter::FeatureLowSpeedSelectable), has(Adapter::FeatureLowSpeedOnly));
     offerCanFd(has(Adapter::FeatureCanFd));
-    updateBitrates(type, has(Adapter::FeatureCanFd) && capabilities.useCanFd);
+    updateBitrates(type, has(Adapter::FeatureCanFd) && capabilities->useCanFd);
     enableAutoBusOnCheckBox(has(Adapter::FeatureAutoBusOnChangeable), has(Adapter::FeatureAutoBusOnDefault));
     if (has(Adapter::FeatureAutoBusOnForced))
         ui->cbAutoBusOn->setChecked(true);
@@ -187,7 +188,7 @@ void CanInterfaceWidget::offerLowSpeed(bool selectable, bool nothingElse)
 void CanInterfaceWidget::offerCanFd(bool offered)
 {
     // Checking shows the rows of the group, and so comes before hiding them.
-    ui->cbCanfdConfig->setChecked(offered && capabilities.useCanFd);
+    ui->cbCanfdConfig->setChecked(offered && capabilities->useCanFd);
     ui->cbCanfdConfig->setVisible(offered);
     ui->lbCanFdDataBitrate->setVisible(offered);
     ui->cbCanFdDataBitrate->setVisible(offered);
@@ -195,22 +196,22 @@ void CanInterfaceWidget::offerCanFd(bool offered)
 
 void CanInterfaceWidget::enableListenOnlyCheckBox(bool enable)
 {
-    capabilities.enableListenOnly(enable);
+    capabilities->enableListenOnly(enable);
 }
 
 void CanInterfaceWidget::enableLowSpeedCheckBox(bool enable)
 {
-    capabilities.enableLowSpeed(enable);
+    capabilities->enableLowSpeed(enable);
 }
 
 void CanInterfaceWidget::enableErrorFramesCheckBox(bool enable)
 {
-    capabilities.enableErrorFrames(enable);
+    capabilities->enableErrorFrames(enable);
 }
 
 void CanInterfaceWidget::enableAutoBusOnCheckBox(bool enable, bool value)
 {
-    capabilities.enableAutoBusOn(enable, value);
+    capabilities->enableAutoBusOn(enable, value);
 }
 
 void CanInterfaceWidget::disableFDCheckbox(bool state)

@@ -14,6 +14,8 @@
 
 #include "addresscheck.h"
 #include "adaptertype.h"
+#include "bitratelists.h"
+#include "capabilityboxes.h"
 #include "changewatch.h"
 #include "interfaceoptions.h"
 #include "linkedadapters.h"
@@ -46,8 +48,10 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
     , vendorTypes(usbVendorAdapterTypes)
 {
     ui->setupUi(this);
-    capabilities.setControls({ui->chLogErrorFrames, ui->cbListenOnly, ui->cbLowSpeed, ui->cbAutoBusOn});
-    bitrates.setControls(
+    capabilities = std::make_unique<CapabilityBoxes>(
+        CapabilityBoxes::Controls{ui->chLogErrorFrames, ui->cbListenOnly, ui->cbLowSpeed, ui->cbAutoBusOn});
+    bitrates = std::make_unique<BitrateLists>();
+    bitrates->setControls(
         {ui->cbBitrate, ui->cbCanFdDataBitrate, ui->btnEdtClassicBitrate, ui->btnEdtFDBitrate, ui->lblBtr, ui->edtBtr});
     fitToFont();
     ui->lblAdapterChanged->hide();
@@ -185,8 +189,8 @@ void CanInterfaceWidget::followSystem()
 OptionTargets CanInterfaceWidget::optionTargets()
 {
     return {*ui,
-            capabilities,
-            bitrates,
+            *capabilities,
+            *bitrates,
             [this](const QString &name) { setDeviceName(name); },
             [this](bool inUse) { showUserTiming(inUse); },
             [this] { openSettingsPage(); }};
@@ -253,7 +257,7 @@ void CanInterfaceWidget::checkForChanges()
 
 void CanInterfaceWidget::prohibitCanFd()
 {
-    capabilities.canFdAllowed = false;
+    capabilities->canFdAllowed = false;
 }
 
 void CanInterfaceWidget::showForcedEcho(bool show)

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "adaptercontract.h"
-#include "bitratelists.h"
-#include "capabilityboxes.h"
 #include "kestrune_export.h"
 
 #include <QMap>
@@ -13,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+class BitrateLists;
+class CapabilityBoxes;
 class Ui_CanInterfaceWidget;
 struct OptionTargets;
 struct TypeTreatment;
@@ -182,8 +182,8 @@ private:
     QMap<unsigned short, QPointer<AbstractCanAdapter>> *adapterMap = nullptr;
     AbstractCanAdapter *currentAdapter = nullptr;
     unsigned int currentType = AbstractCanAdapter::CanAdapterNone;
-    CapabilityBoxes capabilities;
-    BitrateLists bitrates;
+    std::unique_ptr<CapabilityBoxes> capabilities;
+    std::unique_ptr<BitrateLists> bitrates;
     QMetaObject::Connection fdLock;
     int boxColumns = 0; ///< of the boxes for the capabilities
 };

@@ -2,9 +2,9 @@
 
 #include <QCheckBox>
 
-void CapabilityBoxes::setControls(const Controls &boxes)
+CapabilityBoxes::CapabilityBoxes(const Controls &boxes)
+    : controls(boxes)
 {
-    controls = boxes;
 }
 
 void CapabilityBoxes::enableErrorFrames(bool enable)

@@ -30,8 +30,8 @@ public:
         QCheckBox *autoBusOn = nullptr;
     };
 
-    /// Comes before everything else.
-    void setControls(const Controls &boxes);
+    /// All boxes must be there, and outlive their use here.
+    explicit CapabilityBoxes(const Controls &boxes);
 
     void enableErrorFrames(bool enable);
     void enableListenOnly(bool enable);
@@ -49,5 +49,5 @@ private:
     static void enable(QCheckBox &box, bool enable, bool &choice, const QString &toolTip);
     static void changed(const QCheckBox &box, int checkState, bool &choice);
 
-    Controls controls;
+    const Controls controls;
 };

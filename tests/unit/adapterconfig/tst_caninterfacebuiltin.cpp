@@ -1,3 +1,4 @@
+#include "bitratelists.h"
 #include "caninterfacewidget.h"
 
 #include <QtTest>
