@@ -66,9 +66,9 @@ bool isAccepted(CANBusParameterDialog &dialog, const QComboBox *list)
 }
 } // namespace
 
-void BitrateLists::setControls(const Controls &newControls)
+BitrateLists::BitrateLists(const Controls &formControls)
+    : controls(formControls)
 {
-    controls = newControls;
 }
 
 void BitrateLists::setDefaultBitrate(quint16 bitrate)

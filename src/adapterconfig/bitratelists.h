@@ -35,8 +35,8 @@ public:
         QLineEdit *edtBtr = nullptr;
     };
 
-    /// To be called before anything else. All controls must outlive their use here.
-    void setControls(const Controls &newControls);
+    /// All controls must be there, and outlive their use here.
+    explicit BitrateLists(const Controls &formControls);
 
     /// @param bitrate to fall back on, in kBit/s
     void setDefaultBitrate(quint16 bitrate);
@@ -89,5 +89,5 @@ private:
     quint16 lastBitrateFromAdapter = 0; // kBit/s, 0 for none
     CAN::CANClassicBusParameter classic;
     CAN::CANFDBusParameter fd;
-    Controls controls;
+    const Controls controls;
 };

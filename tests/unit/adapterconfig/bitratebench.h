@@ -16,8 +16,8 @@ public:
     static constexpr AbstractCanAdapter::CanAdapterType type = AbstractCanAdapter::CanAdapterKvaser;
 
     BitrateBench()
+        : lists({&classic, &data, &editClassic, &editData, &lblBtr, &edtBtr})
     {
-        lists.setControls({&classic, &data, &editClassic, &editData, &lblBtr, &edtBtr});
         const auto indexChanged = QOverload<int>::of(&QComboBox::currentIndexChanged);
         QObject::connect(&classic, indexChanged, &classic, [this](int index) { lists.classicIndexChanged(index); });
         QObject::connect(&data, indexChanged, &data, [this](int index) { lists.dataIndexChanged(index); });

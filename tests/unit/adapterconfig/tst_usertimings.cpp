@@ -217,9 +217,8 @@ void TestUserTimings::formMayGoWhileTheDialogRuns()
 {
     // The dialog that closes itself answers into the void: the sanitizers see what touches the lists then.
     auto list = std::make_unique<QComboBox>();
-    auto lists = std::make_unique<BitrateLists>();
-    lists->setControls(
-        {list.get(), list.get(), &m_bench->editClassic, &m_bench->editData, &m_bench->lblBtr, &m_bench->edtBtr});
+    auto lists = std::make_unique<BitrateLists>(BitrateLists::Controls{
+        list.get(), list.get(), &m_bench->editClassic, &m_bench->editData, &m_bench->lblBtr, &m_bench->edtBtr});
     bool wasRun = false;
     answer(
         [&](QDialog &) {
