@@ -31,6 +31,7 @@ private slots:
     void samplePointIsTheToolTip();
     void lowSpeedLeavesWhatItCanDo();
     void lowSpeedKeepsTheStateOfALink();
+    void endOfLowSpeedFillsTheList_data();
     void endOfLowSpeedFillsTheList();
 
 private:
@@ -264,13 +265,23 @@ void TestBitrateLists::lowSpeedKeepsTheStateOfALink()
     QCOMPARE(m_bench->classic.count(), 2);
 }
 
+void TestBitrateLists::endOfLowSpeedFillsTheList_data()
+{
+    QTest::addColumn<bool>("fdBus");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("classic bus") << false
+                                 << "50 kBit/s (0.875), 125 kBit/s (0.875), 250 kBit/s (0.8), "
+                                    "[250 kBit/s (0.875)], 500 kBit/s, User bitrate";
+    QTest::newRow("CAN FD bus") << true << "[Arbitration (0.8)], User bitrate";
+}
+
 void TestBitrateLists::endOfLowSpeedFillsTheList()
 {
-    m_bench->lists.updateLSBitrates(true, BitrateBench::type, false);
-    m_bench->lists.updateLSBitrates(false, BitrateBench::type, false);
-    QCOMPARE(classic(),
-             QStringLiteral("50 kBit/s (0.875), 125 kBit/s (0.875), 250 kBit/s (0.8), [250 kBit/s (0.875)], "
-                            "500 kBit/s, User bitrate"));
+    QFETCH(bool, fdBus);
+    m_family->fdArbitrationBitrates = {{QStringLiteral("Arbitration"), 500, 0.8}};
+    m_bench->lists.updateLSBitrates(true, BitrateBench::type, fdBus);
+    m_bench->lists.updateLSBitrates(false, BitrateBench::type, fdBus);
+    QTEST(classic(), "shown");
 }
 
 QTEST_MAIN(TestBitrateLists)
