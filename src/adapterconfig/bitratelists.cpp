@@ -47,9 +47,9 @@ bool select(QComboBox *list, const CAN::CANBitrateDesc &description)
 {
     for (int i = 0; i < list->count(); ++i) {
         const QVariant data = list->itemData(i);
-        // The number of a user's entry is no bitrate, however it reads.
-        const bool isBitrate = data.isValid() && !isMarker(data, BitrateLists::UserBitrateMarker)
-            && !isMarker(data, BitrateLists::BtrExtMarker);
+        // A hand-made timing is selected by its record: its number coming back must neither select the entry nor become
+        // the bitrate to fall back on. A register value has no record, so that its number alone leads to its entry.
+        const bool isBitrate = data.isValid() && !isMarker(data, BitrateLists::UserBitrateMarker);
         if (isBitrate && isSameBitrate(CAN::CANBitrateDesc(data), description)) {
             list->setCurrentIndex(i);
             return true;

@@ -30,6 +30,8 @@ private slots:
     void bitrateIsMatched();
     void nameOfABitrateIsNeverMatched();
     void entriesWithoutBitrateAreNotMatched();
+    void numberOfTheRegisterEntrySelectsIt();
+    void numberOfTheUserBitrateIsNoDefault();
     void withoutMatchNothingChanges();
     void dataBitrateIsMatched();
     void dataBitrateIsNoDefault();
@@ -235,11 +237,30 @@ void TestBitrateListsSelection::entriesWithoutBitrateAreNotMatched()
 {
     m_bench->classic.addItem(QStringLiteral("First"));
     m_bench->lists.toggleCANUserBitrate(true);
-    m_bench->lists.toggleSystecBtrExt(true);
-    for (const quint16 bitrate : {0, 65535, 65450}) {
+    for (const quint16 bitrate : {0, 65535}) {
         m_bench->lists.setBitrateInUi({QString(), bitrate});
         QCOMPARE(classic(), QStringLiteral("First"));
     }
+}
+
+void TestBitrateListsSelection::numberOfTheRegisterEntrySelectsIt()
+{
+    BitrateBench::installFamily(BitrateBench::systec);
+    m_bench->lists.updateBitrates(BitrateBench::systec, false);
+    m_bench->lists.setBitrateInUi(QVariant(65450));
+    QCOMPARE(m_bench->classic.currentData(), QVariant(65450));
+    QVERIFY(m_bench->edtBtr.isEnabled());
+}
+
+void TestBitrateListsSelection::numberOfTheUserBitrateIsNoDefault()
+{
+    fill();
+    m_bench->choose(m_bench->classic, QStringLiteral("User bitrate"));
+    m_bench->lists.setBitrateInUi(QVariant(65535));
+    QCOMPARE(classic(), QStringLiteral("User bitrate"));
+    m_family->classicBitTiming = false;
+    fill();
+    QCOMPARE(classic(), QStringLiteral("250 kBit/s (0.875)"));
 }
 
 void TestBitrateListsSelection::withoutMatchNothingChanges()
