@@ -254,6 +254,9 @@ void BitrateLists::setClassicParameter(const CAN::CANClassicBusParameter &parame
     classic = parameter;
     if (parameter.userDefined)
         selectUserBitrate(controls.classic, parameter.name);
+    // No signal tells of an entry that was selected before.
+    if (isUserBitrateSelected(controls.classic))
+        classic.userDefined = true;
 }
 
 void BitrateLists::setFdParameter(const CAN::CANFDBusParameter &parameter)
@@ -261,4 +264,6 @@ void BitrateLists::setFdParameter(const CAN::CANFDBusParameter &parameter)
     fd = parameter;
     if (!parameter.name.isEmpty())
         selectUserBitrate(controls.data, parameter.name);
+    if (isUserBitrateSelected(controls.data))
+        fd.userDefined = true;
 }

@@ -70,9 +70,10 @@ public:
 
     CAN::CANClassicBusParameter classicParameter() const;
     CAN::CANFDBusParameter fdParameter() const;
-    /// Selects the user's entry for a record that says it is user-defined.
+    /// Selects the user's entry for a record that says it is user-defined. While that entry is selected, for whatever
+    /// reason, the record held is a user-defined one; otherwise it is held as given.
     void setClassicParameter(const CAN::CANClassicBusParameter &parameter);
-    /// Selects the user's entry for a record that has a name.
+    /// The same, but selects the entry for a record that has a name.
     void setFdParameter(const CAN::CANFDBusParameter &parameter);
 
 private:

@@ -34,6 +34,9 @@ private slots:
     void namedDataTimingOfAnAdapterIsSelected();
     void namelessDataTimingOfAnAdapterIsOnlyHeld();
     void timingWithoutEntryIsOnlyHeld();
+    void timingOfTheSelectedEntryIsInUse();
+    void dataTimingOfTheSelectedEntryIsInUse_data();
+    void dataTimingOfTheSelectedEntryIsInUse();
     void selectedTimingSurvivesTheWayBack();
 
 private:
@@ -264,6 +267,28 @@ void TestUserTimings::timingWithoutEntryIsOnlyHeld()
     m_bench->lists.setClassicParameter(classicTiming(true));
     QCOMPARE(m_bench->classic.currentText(), QStringLiteral("250 kBit/s (0.875)"));
     QCOMPARE(m_bench->lists.classicParameter(), classicTiming(true));
+}
+
+void TestUserTimings::timingOfTheSelectedEntryIsInUse()
+{
+    m_bench->choose(m_bench->classic, QStringLiteral("User bitrate"));
+    m_bench->lists.setClassicParameter(classicTiming(false));
+    QCOMPARE(m_bench->lists.classicParameter(), classicTiming(true));
+}
+
+void TestUserTimings::dataTimingOfTheSelectedEntryIsInUse_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("named") << QByteArrayLiteral("Rig");
+    QTest::newRow("nameless") << QByteArray();
+}
+
+void TestUserTimings::dataTimingOfTheSelectedEntryIsInUse()
+{
+    QFETCH(QByteArray, name);
+    m_bench->choose(m_bench->data, QStringLiteral("User bitrate"));
+    m_bench->lists.setFdParameter(dataTiming(name.constData(), false));
+    QCOMPARE(m_bench->lists.fdParameter(), dataTiming(name.constData(), true));
 }
 
 void TestUserTimings::selectedTimingSurvivesTheWayBack()
