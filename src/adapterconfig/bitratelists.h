@@ -53,9 +53,12 @@ public:
     /// The same for the data phase, whose bitrates nothing falls back on.
     void setFdBitrateInUi(const CAN::CANBitrateDesc &description);
 
+    /// Adds the entry of the timing made by hand to the classic list, or takes it away; what is so already stays.
     void toggleCANUserBitrate(bool on);
+    /// The same in the list of the data phase.
     void toggleCANFDUserBitrate(bool on);
-    /// Off takes an entry out of the data list, at the place where the classic one has its own.
+    /// Adds the entry of the register value to the classic list. Off takes an entry out of the data list instead, at the
+    /// place where the classic one has its own.
     void toggleSystecBtrExt(bool on);
 
     // For the lists' signals.
