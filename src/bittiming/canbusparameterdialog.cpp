@@ -21,28 +21,22 @@ CANBusParameterDialog::CANBusParameterDialog(QWidget *parent)
     ui->setupUi(this);
     connect(ui->btnUpdateBitrate, &QPushButton::clicked, this, &CANBusParameterDialog::onUpdateBitrate);
     connect(ui->btnUpdateTimings, &QPushButton::clicked, this, &CANBusParameterDialog::onUpdateTimings);
-    watchControls();
+    watchControls(ui->gbBitrate, &CANBusParameterDialog::onBitrateValueChange,
+                  &CANBusParameterDialog::onBitrateValueChange);
+    watchControls(ui->gbTimings, &CANBusParameterDialog::onTimingsChanged, &CANBusParameterDialog::onTimingsChanged);
 }
 
 CANBusParameterDialog::~CANBusParameterDialog() = default;
 
 // By group, so that a control that joins one of them takes part by itself.
-void CANBusParameterDialog::watchControls()
+void CANBusParameterDialog::watchControls(const QObject *group, void (CANBusParameterDialog::*onNumber)(int),
+                                          void (CANBusParameterDialog::*onDecimals)(double))
 {
-    const auto numberChanged = QOverload<int>::of(&QSpinBox::valueChanged);
-    const auto decimalChanged = QOverload<double>::of(&QDoubleSpinBox::valueChanged);
-    for (QObject *child : ui->gbBitrate->children()) {
-        if (auto *box = qobject_cast<QSpinBox *>(child))
-            connect(box, numberChanged, this, QOverload<int>::of(&CANBusParameterDialog::onBitrateValueChange));
+    for (QObject *child : group->children()) {
+        if (auto *number = qobject_cast<QSpinBox *>(child))
+            connect(number, QOverload<int>::of(&QSpinBox::valueChanged), this, onNumber);
         else if (auto *decimals = qobject_cast<QDoubleSpinBox *>(child))
-            connect(decimals, decimalChanged, this,
-                    QOverload<double>::of(&CANBusParameterDialog::onBitrateValueChange));
-    }
-    for (QObject *child : ui->gbTimings->children()) {
-        if (auto *box = qobject_cast<QSpinBox *>(child))
-            connect(box, numberChanged, this, QOverload<int>::of(&CANBusParameterDialog::onTimingsChanged));
-        else if (auto *decimals = qobject_cast<QDoubleSpinBox *>(child))
-            connect(decimals, decimalChanged, this, QOverload<double>::of(&CANBusParameterDialog::onTimingsChanged));
+            connect(decimals, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, onDecimals);
     }
 }
 

@@ -55,7 +55,8 @@ private:
     void updateTimingValues();
     void updateLabelText(QString text);
 
-    void watchControls();
+    void watchControls(const QObject *group, void (CANBusParameterDialog::*onNumber)(int),
+                       void (CANBusParameterDialog::*onDecimals)(double));
     CanBitTimingValues enteredTiming() const;
     bool timingsChanged();
     bool bitrateChanged();
