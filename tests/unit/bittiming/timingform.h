@@ -10,11 +10,52 @@
 #include <QSpinBox>
 #include <QtTest>
 
+/// 250 kbit/s at 8 MHz, 87.5 %.
+inline CAN::CANClassicBusParameter classicTiming()
+{
+    CAN::CANClassicBusParameter values;
+    values.bitrate = 250;
+    values.samplePoint = 87.5;
+    values.timing = {2, 13, 2, 1, 0};
+    values.name = QStringLiteral("Bench");
+    return values;
+}
+
+/// The same as a data phase.
+inline CAN::CANFDBusParameter dataTiming()
+{
+    CAN::CANFDBusParameter values;
+    values.bitrate = 250;
+    values.name = QStringLiteral("Bench");
+    values.samplePoint = 87.5;
+    values.timing = {2, 13, 2, 1, 0};
+    values.tdco = 7;
+    return values;
+}
+
 /// A user at the bit timing dialog.
 class TimingForm
 {
 public:
     CANBusParameterDialog dialog;
+
+    /// Fills the form with the timing that all tests start from, of either phase, as `change` leaves it.
+    template <typename Change>
+    void open(bool fd, Change change)
+    {
+        CAN::CANClassicBusParameter classic = classicTiming();
+        CAN::CANFDBusParameter data = dataTiming();
+        change(classic);
+        change(data);
+        if (fd)
+            dialog.setValues(data, AbstractCanAdapter::CanAdapterIxxatVci3);
+        else
+            dialog.setValues(classic);
+    }
+    void open(bool fd)
+    {
+        open(fd, [](auto &) {});
+    }
 
     bool show()
     {
@@ -56,26 +97,3 @@ public:
         return words.join(QStringLiteral(", "));
     }
 };
-
-/// 250 kbit/s at 8 MHz, 87.5 %.
-inline CAN::CANClassicBusParameter classicTiming()
-{
-    CAN::CANClassicBusParameter values;
-    values.bitrate = 250;
-    values.samplePoint = 87.5;
-    values.timing = {2, 13, 2, 1, 0};
-    values.name = QStringLiteral("Bench");
-    return values;
-}
-
-/// The same as a data phase.
-inline CAN::CANFDBusParameter dataTiming()
-{
-    CAN::CANFDBusParameter values;
-    values.bitrate = 250;
-    values.name = QStringLiteral("Bench");
-    values.samplePoint = 87.5;
-    values.timing = {2, 13, 2, 1, 0};
-    values.tdco = 7;
-    return values;
-}

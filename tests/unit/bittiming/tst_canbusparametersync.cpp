@@ -39,14 +39,6 @@ private slots:
     void dialogMayGoBeforeItsInfo();
 
 private:
-    void open(bool fd)
-    {
-        if (fd)
-            m_form->dialog.setValues(dataTiming(), AbstractCanAdapter::CanAdapterIxxatVci3);
-        else
-            m_form->dialog.setValues(classicTiming());
-    }
-
     std::unique_ptr<TimingForm> m_form;
 };
 
@@ -83,7 +75,7 @@ void TestCANBusParameterSync::opensInAgreement_data()
 void TestCANBusParameterSync::opensInAgreement()
 {
     QFETCH(bool, fd);
-    open(fd);
+    m_form->open(fd);
     QCOMPARE(m_form->state(), inAgreement);
 }
 
@@ -95,13 +87,7 @@ void TestCANBusParameterSync::thirdDecimalOpensWithTheBitrateMarked_data()
 void TestCANBusParameterSync::thirdDecimalOpensWithTheBitrateMarked()
 {
     QFETCH(bool, fd);
-    CAN::CANClassicBusParameter classic = classicTiming();
-    CAN::CANFDBusParameter data = dataTiming();
-    classic.samplePoint = data.samplePoint = 83.333;
-    if (fd)
-        m_form->dialog.setValues(data, AbstractCanAdapter::CanAdapterDemo);
-    else
-        m_form->dialog.setValues(classic);
+    m_form->open(fd, [](auto &values) { values.samplePoint = 83.333; });
     QCOMPARE(m_form->samplePoint(), 83.33);
     QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, no ok"));
 }
@@ -128,7 +114,7 @@ void TestCANBusParameterSync::changeMarksItsView()
 {
     QFETCH(bool, fd);
     QFETCH(QString, control);
-    open(fd);
+    m_form->open(fd);
     auto *box = m_form->dialog.findChild<QAbstractSpinBox *>(control);
     box->stepUp();
     QTEST(m_form->state(), "state");
@@ -138,7 +124,7 @@ void TestCANBusParameterSync::changeMarksItsView()
 
 void TestCANBusParameterSync::warningsSayWhatToDo()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 500);
     m_form->setNumber("sbTSeg1", 5);
     QCOMPARE(m_form->text("lblBitrateChanged"),
@@ -148,14 +134,14 @@ void TestCANBusParameterSync::warningsSayWhatToDo()
 
 void TestCANBusParameterSync::offsetCountsAsTimingOfADataPhaseOnly()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbTDCO", 5);
     QCOMPARE(m_form->state(), inAgreement);
 }
 
 void TestCANBusParameterSync::okComesBackWithEitherView()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 500);
     m_form->setNumber("sbTSeg1", 5);
     QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, timings changed, no ok"));
@@ -168,14 +154,14 @@ void TestCANBusParameterSync::okComesBackWithEitherView()
 
 void TestCANBusParameterSync::changeOfTheNameMarksNothing()
 {
-    open(false);
+    m_form->open(false);
     m_form->find<QLineEdit>("edtName")->setText(QStringLiteral("Rig"));
     QCOMPARE(m_form->state(), inAgreement);
 }
 
 void TestCANBusParameterSync::dataPhaseStaysTheReference()
 {
-    open(true);
+    m_form->open(true);
     CAN::CANClassicBusParameter classic = classicTiming();
     classic.bitrate = 500;
     m_form->dialog.setValues(classic);
@@ -186,7 +172,7 @@ void TestCANBusParameterSync::dataPhaseStaysTheReference()
 
 void TestCANBusParameterSync::bitrateFollowsTheTimings()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbPrescaler", 1);
     m_form->click("btnUpdateBitrate");
     QCOMPARE(m_form->number("sbBitrate"), 500);
@@ -195,7 +181,7 @@ void TestCANBusParameterSync::bitrateFollowsTheTimings()
 
 void TestCANBusParameterSync::samplePointFollowsTheTimings()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbTSeg1", 11);
     m_form->setNumber("sbTSeg2", 4);
     m_form->click("btnUpdateBitrate");
@@ -204,7 +190,7 @@ void TestCANBusParameterSync::samplePointFollowsTheTimings()
 
 void TestCANBusParameterSync::prescalerIsCutToEightBitsForTheBitrate()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbPrescaler", 256 + 1);
     m_form->click("btnUpdateBitrate");
     QCOMPARE(m_form->number("sbBitrate"), 500);
@@ -213,7 +199,7 @@ void TestCANBusParameterSync::prescalerIsCutToEightBitsForTheBitrate()
 
 void TestCANBusParameterSync::clockIsCutToEightBitsForTheSearch()
 {
-    open(false);
+    m_form->open(false);
     m_form->dialog.setThresholds({256 + 8, 1, 1, 13, 13, 2, 2, 4, true});
     m_form->setNumber("sbBitrate", 500);
     m_form->click("btnUpdateTimings");
@@ -225,7 +211,7 @@ void TestCANBusParameterSync::clockIsCutToEightBitsForTheSearch()
 
 void TestCANBusParameterSync::timingsFollowTheBitrate()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 500);
     m_form->setSamplePoint(75.0);
     m_form->click("btnUpdateTimings");
@@ -235,7 +221,7 @@ void TestCANBusParameterSync::timingsFollowTheBitrate()
 
 void TestCANBusParameterSync::reachedBitrateReplacesTheTypedOne()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 332);
     m_form->setSamplePoint(80.1);
     m_form->click("btnUpdateTimings");
@@ -247,7 +233,7 @@ void TestCANBusParameterSync::reachedBitrateReplacesTheTypedOne()
 
 void TestCANBusParameterSync::unsuitableBitrateGivesWayToTheOldTiming()
 {
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 9999);
     m_form->setSamplePoint(50.0);
     m_form->click("btnUpdateTimings");
@@ -260,7 +246,7 @@ void TestCANBusParameterSync::unsuitableBitrateGivesWayToTheOldTiming()
 
 void TestCANBusParameterSync::limitsBoundTheSearch()
 {
-    open(false);
+    m_form->open(false);
     m_form->dialog.setThresholds({8, 2, 2, 5, 5, 2, 2, 1, true});
     m_form->setNumber("sbBitrate", 500);
     m_form->click("btnUpdateTimings");
@@ -270,7 +256,7 @@ void TestCANBusParameterSync::limitsBoundTheSearch()
 void TestCANBusParameterSync::searchHasLimitsFromTheStart()
 {
     // 8 MHz, TSeg1 of 3 to 16, TSeg2 of 2 to 8: 1600 kbit/s are 5 quanta, fewer than the least segments give.
-    open(false);
+    m_form->open(false);
     m_form->setNumber("sbBitrate", 1600);
     m_form->click("btnUpdateTimings");
     QCOMPARE(m_form->text("lblInfo"), QStringLiteral("No suitable timings found."));
@@ -293,7 +279,7 @@ void TestCANBusParameterSync::updateRenewsTheReference()
 {
     QFETCH(bool, fd);
     QFETCH(QByteArray, button);
-    open(fd);
+    m_form->open(fd);
     m_form->setNumber("sbBitrate", 500);
     m_form->setNumber("sbTSeg1", 5);
     m_form->setNumber("sbTDCO", 9);
@@ -305,7 +291,7 @@ void TestCANBusParameterSync::updateRenewsTheReference()
 
 void TestCANBusParameterSync::infoShowsForTwoSeconds()
 {
-    open(false);
+    m_form->open(false);
     QElapsedTimer time;
     time.start();
     m_form->click("btnUpdateBitrate");
@@ -315,7 +301,7 @@ void TestCANBusParameterSync::infoShowsForTwoSeconds()
 
 void TestCANBusParameterSync::infoThatShowsIsNotReplaced()
 {
-    open(false);
+    m_form->open(false);
     m_form->click("btnUpdateBitrate");
     m_form->setNumber("sbBitrate", 500);
     m_form->click("btnUpdateTimings");
@@ -324,7 +310,7 @@ void TestCANBusParameterSync::infoThatShowsIsNotReplaced()
 
 void TestCANBusParameterSync::laterInfoMayDisappearEarly()
 {
-    open(false);
+    m_form->open(false);
     m_form->click("btnUpdateBitrate");
     waitFor(1000);
     m_form->click("btnUpdateBitrate");
@@ -338,7 +324,7 @@ void TestCANBusParameterSync::laterInfoMayDisappearEarly()
 
 void TestCANBusParameterSync::dialogMayGoBeforeItsInfo()
 {
-    open(false);
+    m_form->open(false);
     m_form->click("btnUpdateBitrate");
     m_form.reset();
     // Longer than the text would have shown: the sanitizers see what touches the dialog then.
