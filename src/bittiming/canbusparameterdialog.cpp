@@ -5,12 +5,20 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 constexpr int infoDuration = 2000; // ms
 
 bool sameRegisters(const CanBitTimingValues &a, const CanBitTimingValues &b)
 {
     return a.preScaler == b.preScaler && a.tSeg1 == b.tSeg1 && a.tSeg2 == b.tSeg2 && a.sjw == b.sjw;
+}
+
+// A record may hold numbers that no int does.
+void setBounded(QSpinBox *box, quint32 value)
+{
+    box->setValue(static_cast<int>(std::min(value, static_cast<quint32>(box->maximum()))));
 }
 } // namespace
 
@@ -50,7 +58,7 @@ void CANBusParameterDialog::setThresholds(CAN::CANBitTimingThresholds const &new
 void CANBusParameterDialog::setValues(CAN::CANClassicBusParameter values)
 {
     ui->sbPrescaler->setValue(values.timing.preScaler);
-    ui->sbBitrate->setValue(static_cast<int>(values.bitrate));
+    setBounded(ui->sbBitrate, values.bitrate);
     ui->sbSamplePoint->setValue(values.samplePoint);
     ui->edtName->setText(values.name);
     ui->sbSJW->setValue(values.timing.sjw);
@@ -71,7 +79,7 @@ void CANBusParameterDialog::setValues(CAN::CANFDBusParameter values, AbstractCan
     storedFd = values;
     ui->sbTDCO->hide();
     ui->lblTDCO->hide();
-    ui->sbBitrate->setValue(static_cast<int>(values.bitrate));
+    setBounded(ui->sbBitrate, values.bitrate);
     ui->sbSamplePoint->setValue(values.samplePoint);
     ui->edtName->setText(values.name);
     ui->sbSJW->setValue(values.timing.sjw);

@@ -28,6 +28,7 @@ private slots:
     void limitsTouchNoTiming();
     void classicTimingGoesInAndOut();
     void dataPhaseGoesInAndOut();
+    void numbersBeyondTheFormAreBounded_data();
     void numbersBeyondTheFormAreBounded();
     void offsetShowsForTheTypeThatSetsIt_data();
     void offsetShowsForTheTypeThatSetsIt();
@@ -194,13 +195,25 @@ void TestCANBusParameterDialog::dataPhaseGoesInAndOut()
     QCOMPARE(m_form->dialog.getFDValues(), expected);
 }
 
+void TestCANBusParameterDialog::numbersBeyondTheFormAreBounded_data()
+{
+    QTest::addColumn<bool>("fd");
+    QTest::addColumn<quint32>("bitrate");
+    for (const quint32 bitrate : {10001U, 2147483648U, 4294967295U}) {
+        QTest::addRow("classic, %u", bitrate) << false << bitrate;
+        QTest::addRow("data phase, %u", bitrate) << true << bitrate;
+    }
+}
+
 void TestCANBusParameterDialog::numbersBeyondTheFormAreBounded()
 {
-    CAN::CANClassicBusParameter values = classicTiming();
-    values.bitrate = 10001;
-    values.samplePoint = 1e300;
-    values.timing.tSeg1 = 65535;
-    m_form->dialog.setValues(values);
+    QFETCH(bool, fd);
+    QFETCH(quint32, bitrate);
+    m_form->open(fd, [bitrate](auto &values) {
+        values.bitrate = bitrate;
+        values.samplePoint = 1e300;
+        values.timing.tSeg1 = 65535;
+    });
     QCOMPARE(m_form->number("sbBitrate"), 10000);
     QCOMPARE(m_form->samplePoint(), 100.0);
     QCOMPARE(m_form->number("sbTSeg1"), 1000);
