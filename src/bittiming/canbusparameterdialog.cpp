@@ -69,7 +69,7 @@ void CANBusParameterDialog::setValues(CAN::CANClassicBusParameter values)
     storedClassic = values;
     updateTimingValues();
     updateBitrateValues();
-    withholdOkWhileBitrateIsStale();
+    markCutSamplePoint();
 }
 
 void CANBusParameterDialog::setValues(CAN::CANFDBusParameter values, AbstractCanAdapter::CanAdapterType type)
@@ -87,7 +87,7 @@ void CANBusParameterDialog::setValues(CAN::CANFDBusParameter values, AbstractCan
     ui->sbTSeg2->setValue(values.timing.tSeg2);
     ui->sbTDCO->setValue(values.tdco);
     ui->sbPrescaler->setValue(values.timing.preScaler);
-    withholdOkWhileBitrateIsStale();
+    markCutSamplePoint();
     if (type == AbstractCanAdapter::CanAdapterIxxatVci3) {
         ui->sbTDCO->show();
         ui->lblTDCO->show();
@@ -139,8 +139,12 @@ bool CANBusParameterDialog::bitrateChanged()
 {
     const CAN::CANClassicBusParameter entered = getValues();
     const quint32 bitrate = fdMode ? storedFd.bitrate : storedClassic.bitrate;
-    const double samplePoint = fdMode ? storedFd.samplePoint : storedClassic.samplePoint;
-    return entered.bitrate != bitrate || entered.samplePoint != samplePoint;
+    return entered.bitrate != bitrate || entered.samplePoint != storedSamplePoint();
+}
+
+double CANBusParameterDialog::storedSamplePoint() const
+{
+    return fdMode ? storedFd.samplePoint : storedClassic.samplePoint;
 }
 
 // Each of the two checks acts on the button box without regard to the other, so that OK can be had by bringing one view
@@ -174,12 +178,15 @@ void CANBusParameterDialog::makeRoomForWarnings()
         resize(width(), needed);
 }
 
-// For records whose sample point the form cannot show: nobody shall accept what was rounded without having seen it, and
-// the check of the timings, which runs last, has enabled the box.
-void CANBusParameterDialog::withholdOkWhileBitrateIsStale()
+// Nobody shall accept what was rounded without having seen it. By now the check of the timings may have enabled the box,
+// and where the form showed the rounded number before, no signal has asked for a check of the bitrate.
+void CANBusParameterDialog::markCutSamplePoint()
 {
-    if (bitrateChanged())
-        ui->buttonBox->setEnabled(false);
+    const double shown = ui->sbSamplePoint->value();
+    const double stored = storedSamplePoint();
+    const bool readsTheSame = ui->sbSamplePoint->textFromValue(shown) == ui->sbSamplePoint->textFromValue(stored);
+    if (readsTheSame && shown != stored)
+        updateTimingValues();
 }
 
 void CANBusParameterDialog::onTimingsChanged(int)

@@ -60,7 +60,9 @@ private:
     CanBitTimingValues enteredTiming() const;
     bool timingsChanged();
     bool bitrateChanged();
-    void withholdOkWhileBitrateIsStale();
+    double storedSamplePoint() const;
+    /// Marks the bitrate as changed where the form shows the stored sample point with decimals cut off.
+    void markCutSamplePoint();
     void makeRoomForWarnings();
 
     std::unique_ptr<Ui_CANBusParameterDialog> ui;

@@ -15,6 +15,10 @@ private slots:
     void opensInAgreement();
     void thirdDecimalOpensWithTheBitrateMarked_data();
     void thirdDecimalOpensWithTheBitrateMarked();
+    void thirdDecimalIsMarkedWhereTheFormShowsTheRestAlready_data();
+    void thirdDecimalIsMarkedWhereTheFormShowsTheRestAlready();
+    void timingsDecideOnOkAtOpening_data();
+    void timingsDecideOnOkAtOpening();
     void changeMarksItsView_data();
     void changeMarksItsView();
     void warningsSayWhatToDo();
@@ -92,6 +96,56 @@ void TestCANBusParameterSync::thirdDecimalOpensWithTheBitrateMarked()
     QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, no ok"));
 }
 
+void TestCANBusParameterSync::thirdDecimalIsMarkedWhereTheFormShowsTheRestAlready_data()
+{
+    QTest::addColumn<bool>("fd");
+    QTest::addColumn<int>("shownBefore"); // kbit/s, 0 for those of a new form
+    for (const bool fd : {false, true}) {
+        const char *phase = fd ? "data phase" : "classic";
+        QTest::addRow("%s, new form", phase) << fd << 0;
+        QTest::addRow("%s, form of an earlier timing", phase) << fd << 500;
+    }
+}
+
+void TestCANBusParameterSync::thirdDecimalIsMarkedWhereTheFormShowsTheRestAlready()
+{
+    QFETCH(bool, fd);
+    QFETCH(int, shownBefore);
+    const auto bitrate = static_cast<quint32>(shownBefore);
+    if (shownBefore != 0)
+        m_form->open(fd, [bitrate](auto &values) { values.bitrate = bitrate; });
+    m_form->open(fd, [bitrate](auto &values) {
+        values.bitrate = bitrate;
+        values.samplePoint = 87.501;
+    });
+    QCOMPARE(m_form->samplePoint(), 87.5);
+    QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, no ok"));
+}
+
+void TestCANBusParameterSync::timingsDecideOnOkAtOpening_data()
+{
+    QTest::addColumn<bool>("fd");
+    QTest::addColumn<int>("bitrate");
+    QTest::addColumn<double>("samplePoint");
+    for (const bool fd : {false, true}) {
+        const char *phase = fd ? "data phase" : "classic";
+        QTest::addRow("%s, bitrate beyond the form", phase) << fd << 10001 << 87.5;
+        QTest::addRow("%s, sample point beyond the form", phase) << fd << 250 << 100.25;
+    }
+}
+
+void TestCANBusParameterSync::timingsDecideOnOkAtOpening()
+{
+    QFETCH(bool, fd);
+    QFETCH(int, bitrate);
+    QFETCH(double, samplePoint);
+    m_form->open(fd, [bitrate, samplePoint](auto &values) {
+        values.bitrate = static_cast<quint32>(bitrate);
+        values.samplePoint = samplePoint;
+    });
+    QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, ok"));
+}
+
 void TestCANBusParameterSync::changeMarksItsView_data()
 {
     QTest::addColumn<bool>("fd");
@@ -165,7 +219,7 @@ void TestCANBusParameterSync::dataPhaseStaysTheReference()
     CAN::CANClassicBusParameter classic = classicTiming();
     classic.bitrate = 500;
     m_form->dialog.setValues(classic);
-    QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, no ok"));
+    QCOMPARE(m_form->state(), QStringLiteral("bitrate changed, ok"));
     m_form->setNumber("sbBitrate", 250);
     QCOMPARE(m_form->state(), inAgreement);
 }
