@@ -25,6 +25,7 @@ private slots:
     void clockCannotBeEntered();
     void limitsShowAsText();
     void limitsNarrowNoControl();
+    void limitsTouchNoTiming_data();
     void limitsTouchNoTiming();
     void classicTimingGoesInAndOut();
     void dataPhaseGoesInAndOut();
@@ -170,13 +171,34 @@ void TestCANBusParameterDialog::limitsNarrowNoControl()
     QCOMPARE(m_form->find<QSpinBox>("sbPrescaler")->minimum(), 0);
 }
 
+void TestCANBusParameterDialog::limitsTouchNoTiming_data()
+{
+    QTest::addColumn<bool>("fd");
+    QTest::addColumn<bool>("limitsFirst");
+    QTest::newRow("classic, limits first") << false << true;
+    QTest::newRow("classic, limits last") << false << false;
+    QTest::newRow("data phase, limits first") << true << true;
+    QTest::newRow("data phase, limits last") << true << false;
+}
+
 void TestCANBusParameterDialog::limitsTouchNoTiming()
 {
-    m_form->dialog.setValues(classicTiming());
-    m_form->dialog.setThresholds({80, 1, 4, 2, 4, 2, 4, 2, true});
+    QFETCH(bool, fd);
+    QFETCH(bool, limitsFirst);
+    const CAN::CANBitTimingThresholds limits = {80, 1, 4, 2, 4, 2, 4, 2, true};
+    if (limitsFirst)
+        m_form->dialog.setThresholds(limits);
+    m_form->open(fd);
+    if (!limitsFirst)
+        m_form->dialog.setThresholds(limits);
     QCOMPARE(m_form->registers(), (QList<int>{2, 13, 2, 1}));
     QCOMPARE(m_form->number("sbBitrate"), 250);
-    QCOMPARE(m_form->state(), QStringLiteral("ok"));
+    // Whatever the checks compare with has stayed, too.
+    for (const char *control : {"sbBitrate", "sbTSeg1"}) {
+        m_form->find<QSpinBox>(control)->stepUp();
+        m_form->find<QSpinBox>(control)->stepDown();
+        QCOMPARE(m_form->state(), QStringLiteral("ok"));
+    }
 }
 
 void TestCANBusParameterDialog::classicTimingGoesInAndOut()
