@@ -1,6 +1,6 @@
 #include "timingform.h"
 
-#include <QTimer>
+#include <QElapsedTimer>
 
 #include <memory>
 
@@ -55,15 +55,6 @@ void addBothPhases()
     QTest::addColumn<bool>("fd");
     QTest::newRow("classic") << false;
     QTest::newRow("data phase") << true;
-}
-
-void waitFor(int milliseconds)
-{
-    QTimer timer;
-    timer.setSingleShot(true);
-    QSignalSpy passed(&timer, &QTimer::timeout);
-    timer.start(milliseconds);
-    QVERIFY(passed.wait());
 }
 } // namespace
 
@@ -375,33 +366,38 @@ void TestCANBusParameterSync::infoShowsForTwoSeconds()
 void TestCANBusParameterSync::infoThatShowsIsNotReplaced()
 {
     m_form->open(false);
-    m_form->click("btnUpdateBitrate");
-    m_form->setNumber("sbBitrate", 500);
     m_form->click("btnUpdateTimings");
-    QCOMPARE(m_form->text("lblInfo"), QStringLiteral("Succesfully updated bitrate."));
+    m_form->click("btnUpdateBitrate");
+    QCOMPARE(m_form->text("lblInfo"), QStringLiteral("Succesfully updated bit timings."));
 }
 
 void TestCANBusParameterSync::laterInfoMayDisappearEarly()
 {
     m_form->open(false);
+    QElapsedTimer sinceFirst;
+    sinceFirst.start();
     m_form->click("btnUpdateBitrate");
-    waitFor(1000);
+    QTRY_VERIFY(sinceFirst.hasExpired(1000));
     m_form->click("btnUpdateBitrate");
     QTRY_VERIFY_WITH_TIMEOUT(m_form->text("lblInfo").isEmpty(), 10000);
+    QElapsedTimer sinceThird;
+    sinceThird.start();
     m_form->click("btnUpdateBitrate");
     QVERIFY(!m_form->text("lblInfo").isEmpty());
-    // The second call's two seconds end within this wait, the third's do not.
-    waitFor(1600);
-    QCOMPARE(m_form->text("lblInfo"), QString());
+    // By the end of the second call's two seconds; its own come later.
+    QTRY_VERIFY_WITH_TIMEOUT(m_form->text("lblInfo").isEmpty(), 10000);
+    QVERIFY2(sinceThird.elapsed() < 1900, qPrintable(QString::number(sinceThird.elapsed())));
 }
 
 void TestCANBusParameterSync::dialogMayGoBeforeItsInfo()
 {
     m_form->open(false);
+    TimingForm other;
     m_form->click("btnUpdateBitrate");
+    other.click("btnUpdateBitrate");
     m_form.reset();
-    // Longer than the text would have shown: the sanitizers see what touches the dialog then.
-    waitFor(2300);
+    // Its time is over no later than that of the other, whose info must come to its end undisturbed.
+    QTRY_VERIFY_WITH_TIMEOUT(other.text("lblInfo").isEmpty(), 10000);
 }
 
 QTEST_MAIN(TestCANBusParameterSync)
