@@ -20,6 +20,7 @@ private slots:
 
 namespace {
 constexpr int requestCount = 1000;
+constexpr int acceptedOutsideLimits = 50;
 constexpr double acceptedDeviation = 0.005;
 constexpr double tolerance = 1e-12; // of ratios that are the same but for rounding
 
@@ -43,8 +44,13 @@ QVector<Request> randomRequests(quint32 seed)
     return requests;
 }
 
-/// Its answers, one line a request.
-QStringList askCalculator(const QVector<Request> &requests, const QString &controller)
+struct Answers
+{
+    QStringList lines; // one for each request
+    QString trouble;   // what went wrong, if there are fewer
+};
+
+Answers askCalculator(const QVector<Request> &requests, const QString &controller)
 {
     // One shell for all of them: a process from here for each would cost more than what it works out.
     QString script;
@@ -57,8 +63,9 @@ QStringList askCalculator(const QVector<Request> &requests, const QString &contr
     shell.write(script.toLatin1());
     shell.closeWriteChannel();
     if (!shell.waitForFinished(60000))
-        return {shell.errorString()};
-    return QString::fromLatin1(shell.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        return {{}, shell.errorString()};
+    return {QString::fromLatin1(shell.readAllStandardOutput()).split(QLatin1Char('\n'), Qt::SkipEmptyParts),
+            QString::fromLocal8Bit(shell.readAllStandardError())};
 }
 
 /// A line such as " 500000    100   7    8    4   1   8  500000  0.0% 80.0% 80.0%  0.0% 0x07 0x3e".
@@ -112,8 +119,9 @@ void TestBitTimingCalculator::searchIsAtLeastAsClose()
     QFETCH(CAN::CANBitTimingThresholds, limits);
     QFETCH(quint32, seed);
     const QVector<Request> requests = randomRequests(seed);
-    const QStringList answers = askCalculator(requests, QLatin1String(QTest::currentDataTag()));
-    QVERIFY2(answers.size() == requests.size(), qPrintable(answers.value(0)));
+    const auto [answers, trouble] = askCalculator(requests, QLatin1String(QTest::currentDataTag()));
+    QVERIFY2(answers.size() == requests.size(),
+             qPrintable(QStringLiteral("%1 answers; %2").arg(QString::number(answers.size()), trouble)));
 
     int compared = 0;
     int impossible = 0;
@@ -153,6 +161,7 @@ void TestBitTimingCalculator::searchIsAtLeastAsClose()
           "in %d the calculator left the limits",
           compared, requestCount, closerBitrates, closerSamplePoints, impossible);
     QVERIFY(compared > requestCount / 3);
+    QVERIFY(impossible < acceptedOutsideLimits);
 }
 
 QTEST_GUILESS_MAIN(TestBitTimingCalculator)
