@@ -136,5 +136,7 @@ void TourContext::takeOtherLooks(QWidget *widget, const QString &name, const QSt
     QApplication::setFont(large);
     takePicture(widget, name + QLatin1String("-large-font"), tr("%1 in a font of 200 %").arg(subject));
     QApplication::setFont(font);
+    // Its smallest size is that of the large font until the layouts have heard of the change.
+    QCoreApplication::processEvents();
     widget->resize(size);
 }

@@ -50,9 +50,8 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
     ui->setupUi(this);
     capabilities = std::make_unique<CapabilityBoxes>(
         CapabilityBoxes::Controls{ui->chLogErrorFrames, ui->cbListenOnly, ui->cbLowSpeed, ui->cbAutoBusOn});
-    bitrates = std::make_unique<BitrateLists>();
-    bitrates->setControls(
-        {ui->cbBitrate, ui->cbCanFdDataBitrate, ui->btnEdtClassicBitrate, ui->btnEdtFDBitrate, ui->lblBtr, ui->edtBtr});
+    bitrates = std::make_unique<BitrateLists>(BitrateLists::Controls{
+        ui->cbBitrate, ui->cbCanFdDataBitrate, ui->btnEdtClassicBitrate, ui->btnEdtFDBitrate, ui->lblBtr, ui->edtBtr});
     fitToFont();
     ui->lblAdapterChanged->hide();
     ui->cbAutoBusOn->setProperty("changeable", true);

@@ -5,6 +5,7 @@
 #include "adaptertableactions.h"
 #include "adaptertype.h"
 #include "checkboxdelegate.h"
+#include "updaterequests.h"
 
 #include <QCloseEvent>
 #include <QDebug>
@@ -35,6 +36,7 @@ CanMultiInterfaceDialog::CanMultiInterfaceDialog(MultiCanAdapterHandler *adapter
     , connectRequest(connectRequest)
     , ui(std::make_unique<Ui_CanMultiInterfaceDialog>())
     , adapterHandler(adapterHandler)
+    , updateRequests(std::make_unique<UpdateRequests>())
 {
     ui->setupUi(this);
     ui->btnUpdateInterface->setEnabled(false);
@@ -198,12 +200,12 @@ void CanMultiInterfaceDialog::fillForm(AbstractCanAdapter *adapter)
 {
     selectedAdapter = adapter;
     {
-        const UpdateRequests::Hold hold(updateRequests);
+        const UpdateRequests::Hold hold(*updateRequests);
         interfaceWidget->setCurrentAdapter(adapter);
         interfaceWidget->setAdapterMap(adapterHandler->getAdapterMap());
         interfaceWidget->updateValues();
     }
-    if (updateRequests.takeKept())
+    if (updateRequests->takeKept())
         answerUpdateRequest();
 }
 

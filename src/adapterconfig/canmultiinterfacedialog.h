@@ -2,7 +2,6 @@
 
 #include "kestrune_export.h"
 #include "multicanadapterhandler.h"
-#include "updaterequests.h"
 
 #include <QDialog>
 #include <QModelIndex>
@@ -15,6 +14,7 @@ class CanInterfaceWidget;
 class CanMultiInterfaceModel;
 class CheckboxDelegate;
 class Ui_CanMultiInterfaceDialog;
+class UpdateRequests;
 
 /// The window in which a user manages the saved adapters: a table of them, and the form of the one that is selected.
 ///
@@ -45,7 +45,8 @@ public:
 public slots:
     void adapterCountChanged();
     void adapterTableSelectionChanged(QModelIndex current, QModelIndex previous);
-    /// The form's content has changed by itself. Taken over without a question; see UpdateRequests for the moment.
+    /// The form's content has changed by itself. Taken over without a question; not while the form is filled or the user
+    /// is asked something, but once afterwards.
     void onUpdateAdapterRequest();
 
     void on_btnAddInterface_clicked();
@@ -106,5 +107,5 @@ private:
     QPointer<AbstractCanAdapter> selectedAdapter;
     bool activeColumnHidden = false;
     bool isMarkingRow = false;
-    UpdateRequests updateRequests;
+    const std::unique_ptr<UpdateRequests> updateRequests;
 };

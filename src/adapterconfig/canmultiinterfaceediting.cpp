@@ -8,6 +8,7 @@
 #include "canmultiinterfacemodel.h"
 #include "editingplace.h"
 #include "editquestions.h"
+#include "updaterequests.h"
 
 #include <QDebug>
 
@@ -39,10 +40,10 @@ bool CanMultiInterfaceDialog::updateSelectedAdapter()
 {
     if (edits() != Edits::Some)
         return false;
-    const UpdateRequests::Hold hold(updateRequests);
+    const UpdateRequests::Hold hold(*updateRequests);
     const EditChoice choice = askBeforeSelectionChange(this);
     // It was for the adapter that the form is about to leave.
-    updateRequests.dropKept();
+    updateRequests->dropKept();
     return choice == EditChoice::Apply;
 }
 
@@ -70,7 +71,7 @@ void CanMultiInterfaceDialog::copyAdapterOption(AbstractCanAdapter::AdapterOptio
 void CanMultiInterfaceDialog::onUpdateAdapterRequest()
 {
     qDebug() << Q_FUNC_INFO << currentRow();
-    if (updateRequests.comeIn())
+    if (updateRequests->comeIn())
         answerUpdateRequest();
 }
 
@@ -79,12 +80,12 @@ void CanMultiInterfaceDialog::answerUpdateRequest()
     // To replace an adapter that stays the same would do nothing but end its connection.
     if (!wouldUpdateChange())
         return;
-    const UpdateRequests::Hold hold(updateRequests);
+    const UpdateRequests::Hold hold(*updateRequests);
     const EditingPlace place(*this);
     on_btnUpdateInterface_clicked();
     place.comeBack();
     // The form was filled from what it said itself.
-    updateRequests.dropKept();
+    updateRequests->dropKept();
 }
 
 bool CanMultiInterfaceDialog::wouldUpdateChange() const
@@ -173,10 +174,10 @@ bool CanMultiInterfaceDialog::canDialogBeClosed()
         return found == Edits::None;
     EditChoice choice = EditChoice::Cancel;
     {
-        const UpdateRequests::Hold hold(updateRequests);
+        const UpdateRequests::Hold hold(*updateRequests);
         choice = askBeforeClosing(this);
     }
-    const bool hasRequest = updateRequests.takeKept();
+    const bool hasRequest = updateRequests->takeKept();
     switch (choice) {
     case EditChoice::Apply:
         on_btnUpdateInterface_clicked();

@@ -1,3 +1,4 @@
+#include "bitratelists.h"
 #include "interfaceform.h"
 #include "optionrecords.h"
 
