@@ -43,13 +43,33 @@ void CanInterfaceWidget::on_cbCanInterfaceType_currentIndexChanged(int index)
     ui->stackedWidget->adjustSize();
 }
 
+/// For an adapter of that type, which the form is about to show.
+void CanInterfaceWidget::selectType(const QVariant &type)
+{
+    const bool wasLink = currentType == Adapter::CanAdapterSocketCan;
+    ui->cbCanInterfaceType->setCurrentIndex(ui->cbCanInterfaceType->findData(type));
+    // A new form shows its first type without ever having selected it.
+    if (selectedType() != currentType)
+        on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
+    // The box of a link was still locked while the new type was to show what the adapter says of CAN FD.
+    if (wasLink && currentType != Adapter::CanAdapterSocketCan)
+        showRememberedCanFd();
+}
+
+void CanInterfaceWidget::showRememberedCanFd()
+{
+    const bool used = !ui->cbCanfdConfig->isHidden() && capabilities->useCanFd;
+    if (ui->cbCanfdConfig->isChecked() == used)
+        return;
+    ui->cbCanfdConfig->setChecked(used);
+    updateBitrates();
+}
+
 void CanInterfaceWidget::takeType(Type type)
 {
     if (type == currentType)
         return;
     currentType = type;
-    // What the system said of the former type's device does not hold the new one's box.
-    breakFdLock();
     const QSignalBlocker blocker(ui->cbCanDevice);
     ui->cbCanDevice->clear();
 }
@@ -216,8 +236,8 @@ void CanInterfaceWidget::enableAutoBusOnCheckBox(bool enable, bool value)
 
 void CanInterfaceWidget::disableFDCheckbox(bool state)
 {
-    breakFdLock();
     ui->cbCanfdConfig->setChecked(state);
+    breakFdLock();
     fdLock = connect(ui->cbCanfdConfig, &QGroupBox::toggled, ui->cbCanfdConfig,
                      [box = ui->cbCanfdConfig, state](bool checked) {
                          if (checked != state)

@@ -190,6 +190,7 @@ OptionTargets CanInterfaceWidget::optionTargets()
     return {*ui,
             *capabilities,
             *bitrates,
+            [this](const QVariant &type) { selectType(type); },
             [this](const QString &name) { setDeviceName(name); },
             [this](bool inUse) { showUserTiming(inUse); },
             [this] { openSettingsPage(); }};

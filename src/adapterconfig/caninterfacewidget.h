@@ -154,11 +154,13 @@ private:
     std::unique_ptr<AbstractCanAdapter> buildAdapter();
     std::optional<CAN::CANBitTimingThresholds> timingLimits(bool dataPhase);
 
+    void selectType(const QVariant &type);
     void takeType(Type type);
     void offerCapabilities(Type type, const QString &factoryName);
     void offerByName(Type type, const QString &factoryName);
     void offerLowSpeed(bool selectable, bool nothingElse);
     void offerCanFd(bool offered);
+    void showRememberedCanFd();
     void breakFdLock();
     void showDeviceNumber(AbstractCanAdapter &adapter);
 

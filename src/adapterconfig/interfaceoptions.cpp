@@ -115,6 +115,11 @@ QVariant readType(const Form &form)
     return form.ui.cbCanInterfaceType->currentData().toUInt();
 }
 
+void writeType(const Form &form, const QVariant &value)
+{
+    form.selectType(value);
+}
+
 QVariant readName(const Form &form)
 {
     const QString type = form.ui.cbCanInterfaceType->currentText();
@@ -247,7 +252,7 @@ constexpr void (*readOnly)(const Form &, const QVariant &) = nullptr;
 constexpr OptionEntry options[] = {
     {Adapter::OptionUseCanFd, readChecked<&Ui::cbCanfdConfig>,
      writeRemembered<&Ui::cbCanfdConfig, &CapabilityBoxes::useCanFd>},
-    {Adapter::OptionAdapterType, readType, writeEntryData<&Ui::cbCanInterfaceType>},
+    {Adapter::OptionAdapterType, readType, writeType},
     {Adapter::OptionAdapterName, readName, readOnly},
     {Adapter::OptionDeviceName, readDevice, writeDevice},
     {Adapter::OptionDeviceData, readEntryData<&Ui::cbCanDevice>, readOnly},

@@ -16,6 +16,7 @@ struct OptionTargets
     Ui_CanInterfaceWidget &ui;
     CapabilityBoxes &capabilities;
     BitrateLists &bitrates;
+    std::function<void(const QVariant &type)> selectType;
     std::function<void(const QString &name)> selectDevice;
     std::function<void(bool inUse)> showUserTiming;
     std::function<void()> openSettingsPage;

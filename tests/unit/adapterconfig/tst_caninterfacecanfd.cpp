@@ -173,6 +173,9 @@ void TestCanInterfaceCanFd::newLockTakesThePlaceOfTheOldOne()
     form.selectType(plainType);
     form->disableFDCheckbox(false);
     form->disableFDCheckbox(true);
+    // Until its end the old lock has its way.
+    QVERIFY(!form.fdGroup()->isChecked());
+    form.fdGroup()->setChecked(true);
     QVERIFY(form.fdGroup()->isChecked());
     form.fdGroup()->setChecked(false);
     QVERIFY(form.fdGroup()->isChecked());

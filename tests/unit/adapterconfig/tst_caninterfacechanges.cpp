@@ -15,7 +15,10 @@ private slots:
     void valuesAreTakenFromTheLowestOptionOn();
     void adapterOfAMissingDeviceShowsIt();
     void deviceNumberIsShownForOneType();
-    void updateLeavesPaintingOn();
+    void updateIsPaintedOnceItIsDone();
+    void updateOfANewFormSelectsTheFirstType();
+    void valuesOfAPageComeWithTheirType_data();
+    void valuesOfAPageComeWithTheirType();
     void watchRunsWhileThereIsAnAdapter();
     void withoutAdapterTheControlsStay();
     void editIsTold();
@@ -65,7 +68,8 @@ FakeAdapter *makeFullAdapter(Adapter::CanAdapterType type, const QString &device
 std::unique_ptr<Adapter> adapterFromForm(const InterfaceForm &form, Adapter::CanAdapterType type)
 {
     InterfaceForm::family(type)->create = [type](const QString &device) { return makeFullAdapter(type, device); };
-    form.selectType(type);
+    form.selectTypeAnew(type);
+    form->updateLinkedAdapterList();
     return std::unique_ptr<Adapter>(form->createAdapterFromSettings());
 }
 
@@ -166,13 +170,68 @@ void TestCanInterfaceChanges::deviceNumberIsShownForOneType()
     QCOMPARE(form.list("cbCanDevice")->toolTip(), QStringLiteral("2a"));
 }
 
-void TestCanInterfaceChanges::updateLeavesPaintingOn()
+void TestCanInterfaceChanges::updateIsPaintedOnceItIsDone()
 {
     const InterfaceForm form;
-    FakeAdapter adapter(plainType, QStringLiteral("First"));
+    form.selectType(plainType);
+    FakeAdapter adapter(linkType, QStringLiteral("First"));
+    QList<bool> painted;
+    connect(&*form, &CanInterfaceWidget::sigUpdateAdapter, &*form, [&] { painted.append(form->updatesEnabled()); });
     show(form, &adapter);
+    QCOMPARE(painted, QList<bool>{false});
     QVERIFY(form->updatesEnabled());
-    QVERIFY(form.list("cbLinkedAdapter")->updatesEnabled());
+}
+
+void TestCanInterfaceChanges::updateOfANewFormSelectsTheFirstType()
+{
+    const InterfaceForm world; // the families
+    CanAdapterFactory::unregisterFamily(linkType);
+    CanInterfaceWidget form;
+    const auto *types = form.findChild<QComboBox *>(QStringLiteral("cbCanInterfaceType"));
+    const auto *devices = form.findChild<QComboBox *>(QStringLiteral("cbCanDevice"));
+    FakeAdapter adapter(static_cast<Adapter::CanAdapterType>(types->itemData(0).toUInt()), QStringLiteral("Second"));
+    QSignalSpy requests(&form, &CanInterfaceWidget::sigUpdateAdapter);
+    form.setCurrentAdapter(&adapter);
+    form.updateValues();
+    QCOMPARE(devices->count(), 2);
+    QCOMPARE(devices->currentText(), QStringLiteral("Second"));
+    form.show();
+    QCOMPARE(devices->currentText(), QStringLiteral("Second"));
+    QCOMPARE(requests.size(), 0);
+}
+
+void TestCanInterfaceChanges::valuesOfAPageComeWithTheirType_data()
+{
+    QTest::addColumn<unsigned int>("type");
+    QTest::addColumn<unsigned int>("option");
+    QTest::addColumn<QVariant>("value");
+    Adapter::PeakAdvValues timing;
+    timing.useAdvanced = true;
+    timing.clockMHz = 60;
+    timing.preScaler = 64;
+    timing.tSeg1 = 16;
+    timing.tSeg2 = 8;
+    timing.sjw = 4;
+    Adapter::SystecXM3AdvValues filter;
+    filter.filterMode = 1;
+    filter.canId1 = 0x1ABCDEF;
+    QTest::newRow("timing") << 16U << unsigned(Adapter::OptionPeakAdvValues) << QVariant::fromValue(timing);
+    QTest::newRow("filter") << 21U << unsigned(Adapter::OptionXm3AdvValues) << QVariant::fromValue(filter);
+}
+
+void TestCanInterfaceChanges::valuesOfAPageComeWithTheirType()
+{
+    QFETCH(unsigned int, type);
+    QFETCH(unsigned int, option);
+    QFETCH(QVariant, value);
+    const auto key = static_cast<Adapter::AdapterOption>(option);
+    const InterfaceForm form;
+    form.selectType(plainType);
+    const std::unique_ptr<Adapter> adapter = adapterFromForm(form, static_cast<Adapter::CanAdapterType>(type));
+    form.selectType(plainType);
+    adapter->setCanAdapterOption(key, value);
+    show(form, adapter.get());
+    QCOMPARE(form.value(key), value);
 }
 
 void TestCanInterfaceChanges::watchRunsWhileThereIsAnAdapter()

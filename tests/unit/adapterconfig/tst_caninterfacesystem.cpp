@@ -26,14 +26,16 @@ private slots:
     void selectedDeviceAsksForNoUpdate();
     void selectedDeviceMovesTheLock();
     void nextTypeIsNotLocked();
-    void nextTypeShowsWhatItRemembers();
+    void nextTypeShowsTheLinksCanFdAtFirst();
+    void deviceOfTheNextTypeShowsWhatItRemembers();
+    void nextAdapterShowsItsCanFd();
     void adapterThatAgreesAsksForNoUpdate();
     void adapterThatDiffersShowsTheSystem_data();
     void adapterThatDiffersShowsTheSystem();
     void linkWithoutAnswerChangesNothing();
     void noticeShowsTheNewSettings();
     void noticeAsksForAnUpdate();
-    void rowsOfBothKindsStayAsTheyAre();
+    void rowsOfBothKindsAreNoEdits();
 
 private:
     using Adapter = AbstractCanAdapter;
@@ -224,13 +226,35 @@ void TestCanInterfaceSystem::nextTypeIsNotLocked()
     QVERIFY(!m_form->fdGroup()->isChecked());
 }
 
-void TestCanInterfaceSystem::nextTypeShowsWhatItRemembers()
+void TestCanInterfaceSystem::nextTypeShowsTheLinksCanFdAtFirst()
 {
     m_form->selectType(linkType);
-    QVERIFY(m_form->fdGroup()->isChecked());
     m_form->setValue(Adapter::OptionUseCanFd, false);
     m_form->selectType(plainType);
+    QVERIFY(m_form->fdGroup()->isChecked());
+}
+
+void TestCanInterfaceSystem::deviceOfTheNextTypeShowsWhatItRemembers()
+{
+    InterfaceForm::family(plainType)->deviceMap[second] = InterfaceForm::mostFeatures;
+    m_form->selectType(linkType);
+    m_form->setValue(Adapter::OptionUseCanFd, false);
+    m_form->selectType(plainType);
+    m_form->selectDevice(second);
     QVERIFY(!m_form->fdGroup()->isChecked());
+}
+
+void TestCanInterfaceSystem::nextAdapterShowsItsCanFd()
+{
+    FakeAdapter next(plainType, first);
+    InterfaceForm::family(plainType)->fdArbitrationBitrates = {{QStringLiteral("500 kBit/s"), 500}};
+    next.setCanAdapterOption(Adapter::OptionUseCanFd, false);
+    m_form->selectType(linkType);
+    QVERIFY(m_form->fdGroup()->isChecked());
+    (*m_form)->setCurrentAdapter(&next);
+    (*m_form)->updateValues();
+    QVERIFY(!m_form->fdGroup()->isChecked());
+    QCOMPARE(m_form->list("cbBitrate")->count(), 2);
 }
 
 void TestCanInterfaceSystem::adapterThatAgreesAsksForNoUpdate()
@@ -305,24 +329,27 @@ void TestCanInterfaceSystem::noticeAsksForAnUpdate()
     QCOMPARE(requests.size(), 1);
 }
 
-void TestCanInterfaceSystem::rowsOfBothKindsStayAsTheyAre()
+void TestCanInterfaceSystem::rowsOfBothKindsAreNoEdits()
 {
-    for (const unsigned int type : {unsigned(linkType), unsigned(plainType)})
-        InterfaceForm::family(type)->fdDataBitrates.append({QStringLiteral("4000 kBit/s"), 4000, 0.8});
+    constexpr auto demoType = Adapter::CanAdapterDemo;
+    const QVector<QPair<Adapter::CanAdapterType, QString>> places = {
+        {demoType, first}, {linkType, first}, {demoType, second}, {linkType, second}};
+    (*m_form)->updateValues();
     std::vector<std::unique_ptr<Adapter>> rows;
-    for (const auto type : {plainType, linkType, plainType, linkType}) {
+    for (const auto &[type, device] : places) {
         m_form->selectType(type);
-        m_form->selectDevice(rows.size() < 2 ? first : second);
+        m_form->selectDevice(device);
         rows.emplace_back((*m_form)->createAdapterFromSettings());
     }
-    rows[0]->setCanAdapterOption(Adapter::OptionUseCanFd, true);
-    for (int i = 0; i < 100; ++i) {
-        for (const auto &row : rows) {
-            (*m_form)->setCurrentAdapter(row.get());
-            (*m_form)->updateValues();
-            const std::unique_ptr<Adapter> fromForm((*m_form)->createAdapterFromSettings());
-            QVERIFY(*fromForm == *row);
-        }
+    for (const int row : {0, 1, 2, 3, 2, 1, 0, 3, 0}) {
+        (*m_form)->setCurrentAdapter(rows[row].get());
+        (*m_form)->updateValues();
+        const std::unique_ptr<Adapter> fromForm((*m_form)->createAdapterFromSettings());
+        // Of a link the system says the rest.
+        if (places[row].first == demoType)
+            QCOMPARE(fromForm->getValuesAsByteArray(), rows[row]->getValuesAsByteArray());
+        else
+            QVERIFY(*fromForm == *rows[row]);
     }
 }
 
