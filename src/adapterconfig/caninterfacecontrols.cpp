@@ -128,6 +128,7 @@ void CanInterfaceWidget::toggleSystecBtrExt(bool on)
 void CanInterfaceWidget::on_cbBitrate_currentIndexChanged(int index)
 {
     bitrates->classicIndexChanged(index);
+    offerTimingEdit();
 }
 
 void CanInterfaceWidget::on_cbCanFdDataBitrate_currentIndexChanged(int index)

@@ -3,6 +3,7 @@
 #include "caninterfacewidget.h"
 #include "ui_caninterfacewidget.h"
 
+#include "bitratelists.h"
 #include "capabilityboxes.h"
 #include "devicelist.h"
 
@@ -84,12 +85,19 @@ void CanInterfaceWidget::on_cbCanDevice_currentIndexChanged(int index)
         showSystemSettings(CanAdapterFactory::getSocketCanProps(device));
     else
         showUserSettings();
-    if (type == Adapter::CanAdapterIxxatVci3) {
+    showDeviceToolTip();
+    ui->cbCanDevice->setEnabled(true);
+    offerTimingEdit();
+}
+
+/// What there is to say of the selected device; of one with nothing to say, the tool tip stays as it is.
+void CanInterfaceWidget::showDeviceToolTip()
+{
+    if (selectedType() == Adapter::CanAdapterIxxatVci3) {
         if (const auto adapter = buildAdapter())
             showDeviceNumber(*adapter);
     }
-    ui->cbCanDevice->setEnabled(true);
-    const QString toolTip = ui->cbCanDevice->itemData(index, Qt::ToolTipRole).toString();
+    const QString toolTip = ui->cbCanDevice->currentData(Qt::ToolTipRole).toString();
     if (!toolTip.isEmpty())
         ui->cbCanDevice->setToolTip(toolTip);
 }
@@ -104,11 +112,12 @@ void CanInterfaceWidget::showDeviceNumber(AbstractCanAdapter &adapter)
 void CanInterfaceWidget::updateInterfaceList(AbstractCanAdapter::CanAdapterType type)
 {
     const QSignalBlocker blocker(ui->cbCanDevice);
-    const QString selected = isNoDeviceSelected(*ui->cbCanDevice) ? QString() : ui->cbCanDevice->currentText();
+    const QString selected = ui->cbCanDevice->currentText();
     ui->cbCanDevice->clear();
     fillDeviceList(*ui->cbCanDevice, CanAdapterFactory::getAdvInterfaceList(type));
     if (!selected.isEmpty())
         setDeviceName(selected);
+    offerTimingEdit();
 }
 
 void CanInterfaceWidget::setDeviceName(QString name)
@@ -119,17 +128,22 @@ void CanInterfaceWidget::setDeviceName(QString name)
     }
     removeMissingDevices(*ui->cbCanDevice);
     const int index = ui->cbCanDevice->findText(name, Qt::MatchExactly | Qt::MatchCaseSensitive);
-    if (index >= 0) {
-        ui->btnEdtClassicBitrate->setEnabled(true);
-        ui->cbCanDevice->setCurrentIndex(index);
-        return;
-    }
-    const unsigned int features = currentAdapter != nullptr
-        ? currentAdapter->getCanAdapterOption(Adapter::OptionDeviceData).toUInt()
-        : 0;
-    ui->cbCanDevice->setCurrentIndex(addMissingDevice(*ui->cbCanDevice, name, features));
-    // At last, since the selection fills the bitrate list, which has its own say in the button.
-    ui->btnEdtClassicBitrate->setEnabled(false);
+    ui->cbCanDevice->setCurrentIndex(index >= 0 ? index : addMissingDevice(*ui->cbCanDevice, name, savedFeatures()));
+    offerTimingEdit();
+}
+
+/// What the current adapter's device is capable of, as far as was known when the adapter was made.
+unsigned int CanInterfaceWidget::savedFeatures() const
+{
+    return currentAdapter != nullptr ? currentAdapter->getCanAdapterOption(Adapter::OptionDeviceData).toUInt() : 0;
+}
+
+/// A timing is worked out within the limits of the device, which one that is not connected does not tell.
+void CanInterfaceWidget::offerTimingEdit()
+{
+    const QVariant bitrate = ui->cbBitrate->currentData();
+    const bool isUser = bitrate.userType() == QMetaType::Int && bitrate.toInt() == BitrateLists::UserBitrateMarker;
+    ui->btnEdtClassicBitrate->setEnabled(isUser && !isMissingDeviceSelected(*ui->cbCanDevice));
 }
 
 void CanInterfaceWidget::updateDeviceList(unsigned int vendor)
@@ -142,17 +156,26 @@ void CanInterfaceWidget::refreshDevices(AbstractCanAdapter::CanAdapterType type)
 {
     if (selectedType() != type)
         return;
-    // Of a link the settings may have changed, too.
-    if (type == Adapter::CanAdapterSocketCan) {
-        on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
-        return;
-    }
     const QString device = ui->cbCanDevice->currentText();
     const QVariant features = ui->cbCanDevice->currentData();
-    updateInterfaceList(type);
-    // Only then: to select a device sets back what the user has not yet taken over.
-    if (ui->cbCanDevice->currentText() != device || ui->cbCanDevice->currentData() != features)
-        on_cbCanDevice_currentIndexChanged(ui->cbCanDevice->currentIndex());
+    // The first device that comes takes the place of none.
+    if (isNoDeviceSelected(*ui->cbCanDevice)) {
+        const QSignalBlocker blocker(ui->cbCanDevice);
+        ui->cbCanDevice->clear();
+    }
+    // A missing one may be back.
+    if (isMissingDeviceSelected(*ui->cbCanDevice))
+        ui->cbCanDevice->setToolTip(QString());
+    if (type == Adapter::CanAdapterSocketCan) {
+        // The settings of a link may have changed, too.
+        on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
+    } else {
+        updateInterfaceList(type);
+        // Only then: to select a device sets back what the user has not yet taken over.
+        if (ui->cbCanDevice->currentText() != device || ui->cbCanDevice->currentData() != features)
+            on_cbCanDevice_currentIndexChanged(ui->cbCanDevice->currentIndex());
+    }
+    showDeviceToolTip();
 }
 
 // ---- Capabilities.

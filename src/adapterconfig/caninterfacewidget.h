@@ -162,7 +162,10 @@ private:
     void offerCanFd(bool offered);
     void showRememberedCanFd();
     void breakFdLock();
+    void showDeviceToolTip();
     void showDeviceNumber(AbstractCanAdapter &adapter);
+    unsigned int savedFeatures() const;
+    void offerTimingEdit();
 
     void showUserSettings();
     void showSystemSettings(const AbstractCanAdapter::SocketCANProps &props);

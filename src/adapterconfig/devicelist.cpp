@@ -38,8 +38,12 @@ void fillDeviceList(QComboBox &list, const QMap<QString, unsigned int> &devices)
 
 bool isNoDeviceSelected(const QComboBox &list)
 {
-    return list.currentText() == noDeviceText() && list.currentData().toUInt() == 0
-        && !isMissingDevice(list, list.currentIndex());
+    return list.currentText() == noDeviceText() && list.currentData().toUInt() == 0 && !isMissingDeviceSelected(list);
+}
+
+bool isMissingDeviceSelected(const QComboBox &list)
+{
+    return isMissingDevice(list, list.currentIndex());
 }
 
 int addMissingDevice(QComboBox &list, const QString &name, unsigned int features)

@@ -13,6 +13,8 @@ class QComboBox;
 void fillDeviceList(QComboBox &list, const QMap<QString, unsigned int> &devices);
 /// Whether the selected entry stands for there being no device.
 bool isNoDeviceSelected(const QComboBox &list);
+/// Whether the selected entry stands for a device that is not there.
+bool isMissingDeviceSelected(const QComboBox &list);
 
 /// Adds an entry for a device that an adapter is set to, but that is not there.
 /// @return its index

@@ -1,3 +1,4 @@
+#include "bitratelists.h"
 #include "interfaceform.h"
 
 #include <QStyle>
@@ -22,8 +23,13 @@ private slots:
     void missingDeviceGoesWithTheNextOne();
     void missingDeviceIsSelectedOnce();
     void missingDeviceStaysWhenTheListIsFilledAnew();
+    void selectedAbsenceOfDevicesStaysWhenTheListIsFilledAnew();
     void timingOfAMissingDeviceIsNotEdited();
+    void timingOfAMissingDeviceIsNotEditedOnceItIsSelected();
+    void timingOfAnAdapterWithoutItsDeviceIsNotEdited();
+    void timingOfADeviceThatGoesIsNotEdited();
     void timingOfAListedDeviceIsEdited();
+    void listedBitrateIsNotEdited();
     void toolTipStaysWhenTheNextDeviceHasNone();
     void deviceNumberIsTheToolTipOfOneType_data();
     void deviceNumberIsTheToolTipOfOneType();
@@ -36,6 +42,8 @@ private slots:
     void noticeFromAnotherThreadIsTaken();
     void deviceThatGoesIsMissing();
     void deviceThatComesBackIsConnected();
+    void toolTipFollowsTheDeviceOfTheAdapter_data();
+    void toolTipFollowsTheDeviceOfTheAdapter();
     void firstDeviceTakesThePlaceOfNone();
     void noticeKeepsWhatTheUserIsAboutToChange();
 
@@ -211,6 +219,18 @@ void TestCanInterfaceDevices::missingDeviceStaysWhenTheListIsFilledAnew()
     QCOMPARE(form.list("cbCanDevice")->currentText(), gone);
 }
 
+void TestCanInterfaceDevices::selectedAbsenceOfDevicesStaysWhenTheListIsFilledAnew()
+{
+    const InterfaceForm form;
+    InterfaceForm::family(2)->deviceMap.clear();
+    form.selectType(2);
+    InterfaceForm::family(2)->deviceMap.insert(first, InterfaceForm::mostFeatures);
+    form.selectTypeAnew(2);
+    QCOMPARE(InterfaceForm::texts(form.list("cbCanDevice")), QStringList({first, noDevice}));
+    QCOMPARE(form.list("cbCanDevice")->currentText(), noDevice);
+    QCOMPARE(form.list("cbCanDevice")->currentData(Qt::ToolTipRole).toString(), notConnected);
+}
+
 void TestCanInterfaceDevices::timingOfAMissingDeviceIsNotEdited()
 {
     const InterfaceForm form;
@@ -222,12 +242,69 @@ void TestCanInterfaceDevices::timingOfAMissingDeviceIsNotEdited()
     QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
 }
 
+void TestCanInterfaceDevices::timingOfAMissingDeviceIsNotEditedOnceItIsSelected()
+{
+    const InterfaceForm form;
+    InterfaceForm::family(2)->classicBitTiming = true;
+    form.selectType(2);
+    form->setDeviceName(gone);
+    form.list("cbBitrate")->setCurrentText(QStringLiteral("User bitrate"));
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+}
+
+void TestCanInterfaceDevices::timingOfAnAdapterWithoutItsDeviceIsNotEdited()
+{
+    const InterfaceForm form;
+    InterfaceForm::family(2)->classicBitTiming = true;
+    FakeAdapter adapter(Adapter::CanAdapterPcanBasic, gone);
+    CAN::CANClassicBusParameter timing;
+    timing.name = QStringLiteral("odd");
+    timing.userDefined = true;
+    adapter.setCanAdapterOption(Adapter::OptionClassicBusParameter, QVariant::fromValue(timing));
+    adapter.setCanAdapterOption(Adapter::OptionBitrate, BitrateLists::UserBitrateMarker);
+    form->setCurrentAdapter(&adapter);
+    form->updateValues();
+    QCOMPARE(form.list("cbBitrate")->currentText(), QStringLiteral("User bitrate - odd"));
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+    form->show();
+    QCOMPARE(form.list("cbBitrate")->currentText(), QStringLiteral("User bitrate - odd"));
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+}
+
+void TestCanInterfaceDevices::timingOfADeviceThatGoesIsNotEdited()
+{
+    const InterfaceForm form;
+    InterfaceForm::family(2)->classicBitTiming = true;
+    FakeAdapter adapter(Adapter::CanAdapterPcanBasic, first);
+    adapter.setCanAdapterOption(Adapter::OptionDeviceData, InterfaceForm::mostFeatures);
+    form->setCurrentAdapter(&adapter);
+    form->updateValues();
+    form.list("cbBitrate")->setCurrentText(QStringLiteral("User bitrate"));
+    InterfaceForm::family(2)->deviceMap.remove(first);
+    tellOfDevices(2);
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+    InterfaceForm::family(2)->deviceMap.insert(first, InterfaceForm::mostFeatures);
+    tellOfDevices(2);
+    QVERIFY(form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+}
+
 void TestCanInterfaceDevices::timingOfAListedDeviceIsEdited()
+{
+    const InterfaceForm form;
+    InterfaceForm::family(2)->classicBitTiming = true;
+    form.selectType(2);
+    form->setDeviceName(gone);
+    form.list("cbBitrate")->setCurrentText(QStringLiteral("User bitrate"));
+    form->setDeviceName(second);
+    QVERIFY(form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+}
+
+void TestCanInterfaceDevices::listedBitrateIsNotEdited()
 {
     const InterfaceForm form;
     form.selectType(2);
     form->setDeviceName(first);
-    QVERIFY(form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
 }
 
 void TestCanInterfaceDevices::toolTipStaysWhenTheNextDeviceHasNone()
@@ -356,6 +433,37 @@ void TestCanInterfaceDevices::deviceThatComesBackIsConnected()
     QVERIFY(form.box("cbListenOnly")->isEnabled());
 }
 
+void TestCanInterfaceDevices::toolTipFollowsTheDeviceOfTheAdapter_data()
+{
+    QTest::addColumn<unsigned int>("type");
+    QTest::addColumn<QString>("connected");
+    QTest::newRow("link") << 1U << "";
+    QTest::newRow("plain type") << 2U << "";
+    QTest::newRow("type with device numbers") << 17U << "beef";
+}
+
+void TestCanInterfaceDevices::toolTipFollowsTheDeviceOfTheAdapter()
+{
+    QFETCH(unsigned int, type);
+    const InterfaceForm form;
+    const auto make = [type](const QString &device) {
+        auto *adapter = new FakeAdapter(static_cast<Adapter::CanAdapterType>(type), device);
+        adapter->deviceNumber = 0xBEEF;
+        return adapter;
+    };
+    InterfaceForm::family(type)->create = make;
+    const std::unique_ptr<FakeAdapter> adapter(make(first));
+    adapter->setCanAdapterOption(Adapter::OptionDeviceData, InterfaceForm::mostFeatures);
+    form->setCurrentAdapter(adapter.get());
+    form->updateValues();
+    InterfaceForm::family(type)->deviceMap.remove(first);
+    tellOfDevices(type);
+    QCOMPARE(form.list("cbCanDevice")->toolTip(), notConnected);
+    InterfaceForm::family(type)->deviceMap.insert(first, InterfaceForm::mostFeatures);
+    tellOfDevices(type);
+    QTEST(form.list("cbCanDevice")->toolTip(), "connected");
+}
+
 void TestCanInterfaceDevices::firstDeviceTakesThePlaceOfNone()
 {
     const InterfaceForm form;
@@ -377,6 +485,7 @@ void TestCanInterfaceDevices::noticeKeepsWhatTheUserIsAboutToChange()
     tellOfDevices(2);
     QVERIFY(form.fdGroup()->isChecked());
     QCOMPARE(form.list("cbBitrate")->currentIndex(), 0);
+    QVERIFY(!form.find<QPushButton>("btnEdtClassicBitrate")->isEnabled());
 }
 
 QTEST_MAIN(TestCanInterfaceDevices)
