@@ -16,9 +16,6 @@ constexpr int usualMinimumWidth = 500;
 void CanInterfaceWidget::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    // A window that is only restored has lost nothing; and to select the type anew sets back what is not taken over yet.
-    if (event->spontaneous())
-        return;
     on_cbCanInterfaceType_currentIndexChanged(ui->cbCanInterfaceType->currentIndex());
     if (parentWidget() != nullptr) {
         move(parentWidget()->geometry().center() - rect().center());

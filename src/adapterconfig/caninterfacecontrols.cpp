@@ -8,15 +8,6 @@
 #include "capabilityboxes.h"
 #include "typetreatment.h"
 
-namespace {
-/// A label without text leaves no gap.
-void warn(QLabel *label, const QString &text)
-{
-    label->setText(text);
-    label->setVisible(!text.isEmpty());
-}
-} // namespace
-
 // ---- Capabilities.
 
 void CanInterfaceWidget::on_cbCanfdConfig_toggled(bool checked)
@@ -42,6 +33,8 @@ void CanInterfaceWidget::on_cbLowSpeed_stateChanged(int state)
         return;
     capabilities->lowSpeedChanged(state);
     updateLSBitrates(state == Qt::Checked);
+    if (state == Qt::Unchecked)
+        updateBitrates();
 }
 
 void CanInterfaceWidget::on_cbListenOnly_stateChanged(int state)
@@ -65,12 +58,12 @@ void CanInterfaceWidget::on_le_ipAddress_textChanged(const QString &text)
 {
     if (ui->stackedWidget->currentIndex() != NetworkPage)
         return;
-    warn(ui->validIPAddress, looksLikeIpAddress(text) ? QString() : tr("IP Address does not seem to be valid."));
+    ui->validIPAddress->setText(looksLikeIpAddress(text) ? QString() : tr("IP Address does not seem to be valid."));
 }
 
 void CanInterfaceWidget::on_le_port_textChanged(const QString &text)
 {
-    warn(ui->validPort, text.isEmpty() ? tr("Port does not seem to be valid.") : QString());
+    ui->validPort->setText(text.isEmpty() ? tr("Port does not seem to be valid.") : QString());
 }
 
 void CanInterfaceWidget::on_xm3cbFilterMode_currentIndexChanged(int index)

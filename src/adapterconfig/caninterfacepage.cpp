@@ -111,7 +111,6 @@ void CanInterfaceWidget::placePortRow(const TypeTreatment &treatment)
         moveLayout(ui->horizontalLayout_6, ui->verticalLayout_10, 1);
     else
         return;
-    on_le_port_textChanged(ui->le_port->text());
     if (treatment.has(DefaultPort))
         ui->le_port->setPlaceholderText(tr("Default 45674"));
 }

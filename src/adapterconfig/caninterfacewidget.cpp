@@ -80,8 +80,6 @@ CanInterfaceWidget::CanInterfaceWidget(QWidget *parent)
     connect(changeTimer, &QTimer::timeout, this, &CanInterfaceWidget::checkForChanges);
     fillXm3FilterModeCombobox();
     showForcedEcho(false);
-    // With an adapter or without: what the form says of links is the same from the start.
-    updateLinkedAdapterList();
 }
 
 CanInterfaceWidget::~CanInterfaceWidget()

@@ -29,6 +29,9 @@ struct TypeTreatment;
 /// the adapters answers by taking over what createAdapterFromSettings() gives. The trap: the signal may come in the
 /// middle of updateValues(), when the form is only half filled.
 ///
+/// Each time that it is shown, be it that its window is restored, the form selects type and device anew. CAN FD then is
+/// as last remembered, and not as the user may just have checked it.
+///
 /// The form owns neither adapters nor map. It forgets the current adapter when that dies. GUI thread only.
 class KESTRUNE_EXPORT CanInterfaceWidget : public QWidget
 {

@@ -21,7 +21,7 @@ constexpr TypeTreatment treatments[] = {
     {Adapter::CanAdapterPcanAdvanced, TimingPage, 0},
     {Adapter::CanAdapterIxxatVci3, CommonPage, NoBtrRow},
     {Adapter::CanAdapterNoBtrRow19, CommonPage, NoBtrRow},
-    // Its page is that of the Ethernet gateway, which may have lent the row with the port to another page.
+    // Reached by an address and a port, whose row may have been left on the page of another type.
     {Adapter::CanAdapterFixedNetwork20, NetworkPage,
      OpensPage | NoListenOnly | PortOnNetworkPage | HidesTimeouts | ChecksAddress | NoDeviceChoice},
     {Adapter::CanAdapterSystecXm3, FilterPage, OpensPage},

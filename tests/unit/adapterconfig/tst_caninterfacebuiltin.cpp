@@ -86,6 +86,8 @@ void TestCanInterfaceBuiltIn::adapterOfTheFormIsNoEdit()
 {
     QFETCH(unsigned int, type);
     CanInterfaceWidget form;
+    // Only then it lists that no adapter is linked.
+    form.updateValues();
     form.show();
     auto *types = form.findChild<QComboBox *>(QStringLiteral("cbCanInterfaceType"));
     types->setCurrentIndex(types->findData(type));

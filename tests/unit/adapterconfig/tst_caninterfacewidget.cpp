@@ -26,8 +26,11 @@ private slots:
     void newFormOffersNoCapability();
     void newFormSelectsNoProtocol();
     void newFormHasNoTimerRunning();
+    void newFormShowsNoFilterField();
+    void newFormListsNoLinkedAdapter();
     void forcedEchoIsShownOnDemand();
     void noNoticesOfWindowsAreTaken();
+    void restoredFormSelectsItsTypeAnew();
 };
 
 void TestCanInterfaceWidget::windowIsAsDescribed()
@@ -290,6 +293,20 @@ void TestCanInterfaceWidget::newFormHasNoTimerRunning()
     QVERIFY(!timers.first()->isActive());
 }
 
+void TestCanInterfaceWidget::newFormShowsNoFilterField()
+{
+    const InterfaceForm form;
+    QCOMPARE(form.list("xm3cbFilterMode")->currentText(), QStringLiteral("No filter"));
+    QCOMPARE(form.find<QStackedWidget>("xm3swFilter")->currentWidget()->objectName(), QStringLiteral("page_9"));
+}
+
+void TestCanInterfaceWidget::newFormListsNoLinkedAdapter()
+{
+    const InterfaceForm form;
+    QCOMPARE(form.list("cbLinkedAdapter")->count(), 0);
+    QVERIFY(!form.value(AbstractCanAdapter::OptionLinkedAdapter).isValid());
+}
+
 void TestCanInterfaceWidget::forcedEchoIsShownOnDemand()
 {
     const InterfaceForm form;
@@ -306,6 +323,17 @@ void TestCanInterfaceWidget::noNoticesOfWindowsAreTaken()
     QVERIFY(!form->registerDeviceChangeNotification());
     QVERIFY(!form->nativeEvent(QByteArray("xcb_generic_event_t"), nullptr, &result));
     QCOMPARE(result, 7L);
+}
+
+void TestCanInterfaceWidget::restoredFormSelectsItsTypeAnew()
+{
+    const InterfaceForm form;
+    form.selectType(2);
+    InterfaceForm::family(2)->deviceMap.insert(QStringLiteral("Third"), 0);
+    QShowEvent restored;
+    QSpontaneKeyEvent::setSpontaneous(&restored);
+    qApp->notify(&*form, &restored);
+    QCOMPARE(form.list("cbCanDevice")->count(), 3);
 }
 
 QTEST_MAIN(TestCanInterfaceWidget)
