@@ -22,6 +22,8 @@
 
 #include <QRegularExpressionValidator>
 
+#include <utility>
+
 namespace {
 using Adapter = AbstractCanAdapter;
 
@@ -123,6 +125,8 @@ void CanInterfaceWidget::setCurrentAdapter(AbstractCanAdapter *adapter)
     currentAdapter = adapter;
     if (currentAdapter != nullptr)
         connect(currentAdapter, &QObject::destroyed, this, &CanInterfaceWidget::forgetAdapter);
+    if (appliedAdapter.get() != adapter)
+        appliedAdapter.reset();
 }
 
 void CanInterfaceWidget::forgetAdapter()
@@ -236,18 +240,15 @@ void CanInterfaceWidget::checkForChanges()
 {
     if (currentAdapter == nullptr)
         return;
-    const std::unique_ptr<Adapter> fromForm = buildAdapter();
+    std::unique_ptr<Adapter> fromForm = buildAdapter();
     const FormDifference difference = fromForm ? compareWithForm(*currentAdapter, *fromForm) : FormDifference::None;
     ui->lblAdapterChanged->setVisible(difference == FormDifference::Unsaved);
     if (difference != FormDifference::Applied)
         return;
     // From here on the form compares with what it has just asked to be taken over. It may ask in vain, and then does not
     // ask again.
-    Adapter *applied = buildAdapter().release();
-    if (applied == nullptr)
-        return;
-    applied->setParent(this);
-    setCurrentAdapter(applied);
+    setCurrentAdapter(fromForm.get());
+    appliedAdapter = std::move(fromForm);
     emit sigUpdateAdapter();
 }
 

@@ -194,4 +194,6 @@ private:
     std::unique_ptr<BitrateLists> bitrates;
     QMetaObject::Connection fdLock;
     int boxColumns = 0; ///< of the boxes for the capabilities
+    /// The current adapter from an edit of a link on, until there is another one.
+    std::unique_ptr<AbstractCanAdapter> appliedAdapter;
 };

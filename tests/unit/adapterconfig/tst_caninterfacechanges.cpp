@@ -32,6 +32,9 @@ private slots:
     void formLeavesTheCurrentAdapterAlive();
     void editOfALinkIsAppliedAtOnce();
     void appliedEditIsNotAppliedAgain();
+    void appliedEditIsMadeOnce();
+    void latestAppliedEditIsKept();
+    void nextAdapterTakesThePlaceOfTheAppliedEdit();
     void appliedAdapterDiesWithTheForm();
     void linkThatBecomesAnotherTypeIsAnEdit();
     void answerMayPutAnotherAdapterInPlace();
@@ -83,6 +86,36 @@ bool tellsOfAnEdit(const InterfaceForm &form)
 {
     return form.isShown("lblAdapterChanged");
 }
+
+/// A link that a form shows, and the adapters that the form makes of it from then on.
+struct MadeLinks
+{
+    explicit MadeLinks(const InterfaceForm &linkForm)
+        : form(linkForm)
+        , shown(adapterFromForm(form, linkType))
+    {
+        show(form, shown.get());
+        InterfaceForm::family(linkType)->create = [this](const QString &device) {
+            made.append(makeFullAdapter(linkType, device));
+            return made.last();
+        };
+    }
+
+    /// Lets the form notice it.
+    void edit(const char *description)
+    {
+        form.edit("leDescription")->setText(QString::fromLatin1(description));
+        form->checkForChanges();
+    }
+    int living() const
+    {
+        return static_cast<int>(std::count_if(made.begin(), made.end(), [](const auto &link) { return link; }));
+    }
+
+    const InterfaceForm &form;
+    std::unique_ptr<Adapter> shown;
+    QList<QPointer<Adapter>> made;
+};
 } // namespace
 
 void TestCanInterfaceChanges::formSaysWhatTheAdapterSays_data()
@@ -383,22 +416,42 @@ void TestCanInterfaceChanges::appliedEditIsNotAppliedAgain()
     QCOMPARE(requests.size(), 1);
 }
 
+void TestCanInterfaceChanges::appliedEditIsMadeOnce()
+{
+    const InterfaceForm form;
+    MadeLinks links(form);
+    links.edit("one");
+    QCOMPARE(links.made.size(), 1);
+}
+
+void TestCanInterfaceChanges::latestAppliedEditIsKept()
+{
+    const InterfaceForm form;
+    MadeLinks links(form);
+    for (const char *text : {"one", "two", "three"})
+        links.edit(text);
+    QCOMPARE(links.made.size(), 3);
+    QCOMPARE(links.living(), 1);
+    QVERIFY(!links.made.last().isNull());
+}
+
+void TestCanInterfaceChanges::nextAdapterTakesThePlaceOfTheAppliedEdit()
+{
+    const InterfaceForm form;
+    MadeLinks links(form);
+    links.edit("one");
+    form->setCurrentAdapter(links.shown.get());
+    QCOMPARE(links.living(), 0);
+}
+
 void TestCanInterfaceChanges::appliedAdapterDiesWithTheForm()
 {
-    QPointer<Adapter> applied;
-    {
-        const InterfaceForm form;
-        const std::unique_ptr<Adapter> adapter = adapterFromForm(form, linkType);
-        show(form, adapter.get());
-        for (const char *text : {"one", "two"}) {
-            form.edit("leDescription")->setText(QString::fromLatin1(text));
-            form->checkForChanges();
-        }
-        const QList<Adapter *> children = form->findChildren<Adapter *>();
-        QCOMPARE(children.size(), 2);
-        applied = children.first();
-    }
-    QVERIFY(applied.isNull());
+    auto form = std::make_unique<const InterfaceForm>();
+    MadeLinks links(*form);
+    links.edit("one");
+    QCOMPARE(links.living(), 1);
+    form.reset();
+    QCOMPARE(links.living(), 0);
 }
 
 void TestCanInterfaceChanges::linkThatBecomesAnotherTypeIsAnEdit()
