@@ -21,6 +21,7 @@ private slots:
     void lockedGroupStaysAsItIs();
     void newLockTakesThePlaceOfTheOldOne();
     void shownFormShowsTheDataBitrate();
+    void shownFormForgetsACheckOfCanFd();
 };
 
 namespace {
@@ -191,6 +192,15 @@ void TestCanInterfaceCanFd::shownFormShowsTheDataBitrate()
     form->show();
     QVERIFY(form.list("cbCanFdDataBitrate")->isVisible());
     QVERIFY(form.label("lbCanFdDataBitrate")->isVisible());
+}
+
+void TestCanInterfaceCanFd::shownFormForgetsACheckOfCanFd()
+{
+    const InterfaceForm form;
+    form.selectType(plainType);
+    form.fdGroup()->setChecked(true);
+    form->show();
+    QVERIFY(!form.fdGroup()->isChecked());
 }
 
 QTEST_MAIN(TestCanInterfaceCanFd)

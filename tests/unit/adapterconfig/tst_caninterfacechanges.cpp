@@ -39,8 +39,6 @@ private slots:
     void linkThatBecomesAnotherTypeIsAnEdit();
     void answerMayPutAnotherAdapterInPlace();
     void answerMayTakeTheAdapterAway();
-
-private:
 };
 
 namespace {

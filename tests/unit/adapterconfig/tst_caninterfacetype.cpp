@@ -14,13 +14,15 @@ private slots:
     void typeOpensItsPage_data();
     void typeOpensItsPage();
     void pageOfATypeWithoutSettingsStaysHidden();
-    void openedPageShowsWithoutAClick();
+    void clickOpensAndClosesThePage();
     void openPageStaysOpenForTheNextType();
     void factorySaysWhetherTheBitrateIsChangeable_data();
     void factorySaysWhetherTheBitrateIsChangeable();
     void bitrateListSaysThatAFileSetsTheBitrate();
     void listenOnlyIsNotOffered_data();
     void listenOnlyIsNotOffered();
+    void selectedDeviceOffersListenOnlyAfterAll_data();
+    void selectedDeviceOffersListenOnlyAfterAll();
     void registerRowIsShown_data();
     void registerRowIsShown();
     void terminatorIsForOneType_data();
@@ -46,6 +48,7 @@ private slots:
     void userTimingTakesThePlaceOfTheBitrateList();
     void extendedRegisterEntryIsForOneType_data();
     void extendedRegisterEntryIsForOneType();
+    void extendedRegisterEntryCostsADataBitrate();
     void userBitratesFollowTheFactory_data();
     void userBitratesFollowTheFactory();
     void areaIsAsTallAsThePageInFront();
@@ -119,7 +122,7 @@ void TestCanInterfaceType::pageOfATypeWithoutSettingsStaysHidden()
     QCOMPARE(form.list("cbBitrate")->toolTip(), QString());
 }
 
-void TestCanInterfaceType::openedPageShowsWithoutAClick()
+void TestCanInterfaceType::clickOpensAndClosesThePage()
 {
     const InterfaceForm form;
     form.selectType(2);
@@ -182,6 +185,23 @@ void TestCanInterfaceType::listenOnlyIsNotOffered()
     const InterfaceForm form;
     form.selectTypeAnew(type);
     QCOMPARE(form.box("cbListenOnly")->isEnabled(), !refused);
+}
+
+void TestCanInterfaceType::selectedDeviceOffersListenOnlyAfterAll_data()
+{
+    QTest::addColumn<unsigned int>("type");
+    for (const unsigned int type : {6U, 8U, 11U, 20U})
+        QTest::newRow(qPrintable(QStringLiteral("type %1").arg(type))) << type;
+}
+
+void TestCanInterfaceType::selectedDeviceOffersListenOnlyAfterAll()
+{
+    QFETCH(unsigned int, type);
+    const InterfaceForm form;
+    InterfaceForm::family(type)->deviceMap[QStringLiteral("Second")] = InterfaceForm::mostFeatures;
+    form.selectTypeAnew(type);
+    form->setDeviceName(QStringLiteral("Second"));
+    QVERIFY(form.box("cbListenOnly")->isEnabled());
 }
 
 void TestCanInterfaceType::registerRowIsShown_data()
@@ -423,6 +443,19 @@ void TestCanInterfaceType::extendedRegisterEntryIsForOneType()
     const InterfaceForm form;
     form.selectTypeAnew(type);
     QCOMPARE(form.list("cbBitrate")->findData(BitrateLists::BtrExtMarker) >= 0, offered);
+}
+
+void TestCanInterfaceType::extendedRegisterEntryCostsADataBitrate()
+{
+    const InterfaceForm form;
+    QList<CAN::CANBitrateDesc> bitrates = InterfaceForm::dataBitrates();
+    bitrates << CAN::CANBitrateDesc{QStringLiteral("4000 kBit/s"), 4000, 0.8}
+             << CAN::CANBitrateDesc{QStringLiteral("5000 kBit/s"), 5000, 0.8};
+    InterfaceForm::family(7)->fdDataBitrates = bitrates;
+    form.selectType(7);
+    QCOMPARE(form.list("cbBitrate")->findData(BitrateLists::BtrExtMarker), 2);
+    QCOMPARE(InterfaceForm::texts(form.list("cbCanFdDataBitrate")).join(QLatin1Char('|')),
+             QStringLiteral("1000 kBit/s (0.75)|2000 kBit/s (0.8)|5000 kBit/s (0.8)"));
 }
 
 void TestCanInterfaceType::userBitratesFollowTheFactory_data()
