@@ -15,7 +15,6 @@ private slots:
     void boxesStandInTwoColumnsWhereThereIsRoom();
     void shownFormStandsInTheMiddleOfItsParent();
     void shownFormStaysInItsLayout();
-    void restoredFormKeepsWhatTheUserIsAboutToChange();
 };
 
 void TestCanInterfaceLayout::tabKeyWalksInReadingOrder()
@@ -131,18 +130,6 @@ void TestCanInterfaceLayout::shownFormStaysInItsLayout()
     QTRY_COMPARE(form->geometry(), layout->contentsRect());
     form->on_cbCanInterfaceType_currentIndexChanged(0);
     QTRY_COMPARE(form->geometry(), layout->contentsRect());
-}
-
-void TestCanInterfaceLayout::restoredFormKeepsWhatTheUserIsAboutToChange()
-{
-    const InterfaceForm form;
-    form->show();
-    form.selectType(2);
-    form.fdGroup()->setChecked(true);
-    QShowEvent restored;
-    QSpontaneKeyEvent::setSpontaneous(&restored);
-    qApp->notify(&*form, &restored);
-    QVERIFY(form.fdGroup()->isChecked());
 }
 
 QTEST_MAIN(TestCanInterfaceLayout)

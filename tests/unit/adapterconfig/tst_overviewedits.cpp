@@ -360,7 +360,7 @@ void TestOverviewEdits::theWindowStaysWhileTheFormBuildsNothing()
 
 void TestOverviewEdits::aRefusedCloseSavesTheGeometry()
 {
-    m_form->dialog->resize(1300, 750);
+    m_form->dialog->resize(1300, 900); // more than the form could ever ask for meanwhile
     m_form->editDescription(QStringLiteral("edited"));
     m_form->boxes.answers = QStringList{QStringLiteral("Cancel")};
     m_form->press("btnClose");
