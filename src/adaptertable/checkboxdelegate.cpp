@@ -7,6 +7,14 @@
 namespace {
 constexpr int side = 16;
 
+/// Styles draw the button's ground as that of a cell, and its outline darker than a window. On dark ground, where both
+/// are the same, nothing would be seen of a button that is off.
+void standOut(QPalette &palette)
+{
+    if (palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness())
+        palette.setColor(QPalette::Base, palette.color(QPalette::Button));
+}
+
 QRect buttonRect(const QRect &cell)
 {
     return {cell.left() + cell.width() / 2 - side / 2, cell.top() + cell.height() / 2 - side / 2, side, side};
@@ -26,6 +34,7 @@ void CheckboxDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opti
     // Of its own and not the cell's: neither selection nor focus nor the enabled state shows on the button.
     QStyleOptionButton button;
     button.rect = buttonRect(option.rect);
+    standOut(button.palette);
     button.state |= index.data(Qt::CheckStateRole).toInt() == Qt::Checked ? QStyle::State_On : QStyle::State_Off;
     QApplication::style()->drawControl(element, &button, painter);
 }

@@ -83,6 +83,7 @@ class TestCheckboxDelegate : public QObject
 private slots:
     void drawsTheButtonInTheMiddle_data();
     void drawsTheButtonInTheMiddle();
+    void aButtonThatIsOffIsSeenOnDarkGround();
     void withoutAModelTheButtonIsOff();
     void aClickTurnsACheckBoxOver_data();
     void aClickTurnsACheckBoxOver();
@@ -123,6 +124,24 @@ void TestCheckboxDelegate::drawsTheButtonInTheMiddle()
     painter.end();
     QCOMPARE(image, expectedPicture(element, static_cast<QStyle::StateFlag>(drawn)));
     QVERIFY(image != emptyPicture());
+}
+
+void TestCheckboxDelegate::aButtonThatIsOffIsSeenOnDarkGround()
+{
+    const QPalette usual = QApplication::palette();
+    const QColor ground(30, 31, 34);
+    QPalette dark(QColor(58, 61, 65), QColor(43, 45, 48));
+    dark.setColor(QPalette::WindowText, Qt::white);
+    dark.setColor(QPalette::Base, ground);
+    QApplication::setPalette(dark);
+    const CheckModel model(Qt::Unchecked);
+    QImage image = emptyPicture();
+    image.fill(ground);
+    QPainter painter(&image);
+    CheckboxDelegate(QStyle::CE_CheckBox, nullptr).paint(&painter, option(), model.cell());
+    painter.end();
+    QApplication::setPalette(usual);
+    QVERIFY(image.pixelColor(square.center()).lightness() > ground.lightness() + 10);
 }
 
 void TestCheckboxDelegate::withoutAModelTheButtonIsOff()
