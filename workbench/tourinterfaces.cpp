@@ -9,6 +9,7 @@
 
 #include <QAbstractItemModel>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -25,23 +26,39 @@ struct FormPage
     const char *name; ///< in the list of types, and of the picture
     const char *picture;
     bool isBuiltIn = false;
+    const char *control = nullptr; ///< what the user fills in
+    const char *input = nullptr;
 };
 
 constexpr FormPage pages[] = {
     {Adapter::CanAdapterDemo, "Demo", "demo", true},
-    {Adapter::CanAdapterFixedNetwork20, "CAN over TCP", "network", true},
+    {Adapter::CanAdapterFixedNetwork20, "CAN over TCP", "network", true, "le_ipAddress", "192.168.7.20"},
     {Adapter::CanAdapterSystecUsb, "Adapter with bit timing register", "register"},
     {Adapter::CanAdapterJanzTec, "Adapter with termination", "termination"},
-    {Adapter::CanAdapterSystecEthernet, "Gateway with time-outs", "gateway"},
-    {Adapter::CanAdapterSerialInternExtern, "Serial adapter, intern or extern", "serial"},
-    {Adapter::CanAdapterVelmorSerial, "Serial adapter, single wire", "single-wire"},
+    {Adapter::CanAdapterSystecEthernet, "Gateway with time-outs", "gateway", false, "le_ipAddress", "192.168.7.21"},
+    {Adapter::CanAdapterSerialInternExtern, "Serial adapter, intern or extern", "serial", false, "cb_Stopbits", "1"},
+    {Adapter::CanAdapterVelmorSerial, "Serial adapter, single wire", "single-wire", false, "cb_Stopbits", "2"},
     {Adapter::CanAdapterPcanAdvanced, "Adapter with segments", "segments"},
-    {Adapter::CanAdapterSystecXm3, "Adapter with filter", "filter"},
+    {Adapter::CanAdapterSystecXm3, "Adapter with filter", "filter", false, "xm3cbFilterMode", "CAN ID filter"},
 };
 
 void press(const QWidget &dialog, const char *button)
 {
     dialog.findChild<QPushButton *>(QString::fromLatin1(button))->click();
+}
+
+void fillIn(const QWidget &dialog, const FormPage &page)
+{
+    auto *moreSettings = dialog.findChild<QCheckBox *>(QStringLiteral("cbAdvancedConfig"));
+    if (!moreSettings->isChecked())
+        moreSettings->click();
+    if (page.control == nullptr)
+        return;
+    const QString name = QLatin1String(page.control);
+    if (auto *list = dialog.findChild<QComboBox *>(name))
+        list->setCurrentText(QLatin1String(page.input));
+    else
+        dialog.findChild<QLineEdit *>(name)->setText(QLatin1String(page.input));
 }
 
 void describe(const QWidget &dialog, const QString &description)
@@ -78,6 +95,7 @@ void visitPages(TourContext &tour, CanMultiInterfaceDialog &dialog)
     auto *types = dialog.findChild<QComboBox *>(QStringLiteral("cbCanInterfaceType"));
     for (const FormPage &page : pages) {
         types->setCurrentIndex(types->findData(static_cast<unsigned int>(page.type)));
+        fillIn(dialog, page);
         press(dialog, "btnAddInterface");
         const QString subject = TourContext::tr("the form, \"%1\"").arg(QLatin1String(page.name));
         const QString picture = QStringLiteral("interface-%1").arg(QLatin1String(page.picture));
