@@ -13,11 +13,14 @@
 #include <QDebug>
 
 namespace {
-/// Whoever hears of a change may remove an adapter again, so the pointer is a guarded one.
-void deleteUnlessTaken(const QPointer<AbstractCanAdapter> &adapter, MultiCanAdapterHandler &collection)
+/// Deletes an adapter that the collection has refused, and gives false. The pointer is a guarded one, since whoever
+/// hears of a new adapter may remove it again.
+bool takenElseDeleted(const QPointer<AbstractCanAdapter> &adapter, MultiCanAdapterHandler &collection)
 {
-    if (adapter && !collection.getAdapterMap()->values().contains(adapter))
+    const bool taken = adapter && collection.getAdapterMap()->values().contains(adapter);
+    if (!taken)
         delete adapter;
+    return taken;
 }
 } // namespace
 
@@ -58,8 +61,8 @@ void CanMultiInterfaceDialog::updateAdapterForRow(int row)
     copyAdapterOption(AbstractCanAdapter::OptionActive, saved, edited.get());
     const QPointer<AbstractCanAdapter> given = edited.release();
     adapterHandler->updateAdapter(identifier, given);
-    deleteUnlessTaken(given, *adapterHandler);
-    model->updateData();
+    if (takenElseDeleted(given, *adapterHandler))
+        model->updateData();
 }
 
 void CanMultiInterfaceDialog::copyAdapterOption(AbstractCanAdapter::AdapterOption option, AbstractCanAdapter *from,
@@ -102,8 +105,7 @@ void CanMultiInterfaceDialog::on_btnAddInterface_clicked()
         return;
     const QPointer<AbstractCanAdapter> given = added.release();
     const quint16 identifier = adapterHandler->addNewCanAdapter(given, false, false, false);
-    deleteUnlessTaken(given, *adapterHandler);
-    if (!given)
+    if (!takenElseDeleted(given, *adapterHandler))
         return;
     // What the form says is saved now, so the selection has nothing to ask.
     selectedAdapter = given;
