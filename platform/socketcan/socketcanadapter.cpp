@@ -38,13 +38,14 @@ int SocketCanAdapter::openLink()
 {
     const QString name = linkName();
     const std::optional<LinkProperties> link = readCanLink(name);
-    if (!link) {
+    CanSocket socket = link ? openCanSocket(link->index, getCanAdapterOption(OptionForcedEcho).toBool())
+                            : CanSocket{{}, ENODEV};
+    if (!link || socket.error == ENODEV) {
         return refuse(OpenInvalidDevice,
                       tr("There is no CAN interface \"%1\". Connect the device, or choose another one in the "
                          "interface settings.")
                           .arg(name));
     }
-    CanSocket socket = openCanSocket(link->index, getCanAdapterOption(OptionForcedEcho).toBool());
     if (socket.error == 0 && link->isUp)
         return openOn(std::move(socket.descriptor), *link);
     if (!link->isUp || socket.error == ENETDOWN) {
